@@ -1,0 +1,25 @@
+// Interface of objects that write a readable text dump of themselves.
+//
+//   BxStreamWriteASCIIStringT<CStringW> out;
+//   node.dump(out);
+//   std::wcout << out.GetString();
+//
+// The template argument numbers the dump interface's revision; revision 1
+// writes the whole dump in one call.
+#pragma once
+
+#include <bxbase/bxstreamwriteasciit.h>
+#include <bxbase/bxtypes.h>
+
+template <int Revision>
+class BxIDumpable;
+
+template <>
+class BxIDumpable<1>
+{
+public:
+    virtual ~BxIDumpable() = default;
+
+    /// Writes the object's dump to `stream`.
+    virtual void dump(BxStreamWriteASCIIT<CStringW>& stream) const = 0;
+};

@@ -1,0 +1,10 @@
+// Root of every input stream of the framework (binary and text).
+#pragma once
+
+#include <bxbase/bxbaseapi.h>
+
+class BXBASE_API BxStreamRead
+{
+public:
+    virtual ~BxStreamRead() = default;
+};

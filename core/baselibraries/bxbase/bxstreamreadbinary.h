@@ -1,0 +1,121 @@
+// Abstract binary input stream: the mirror of BxStreamWriteBinary.
+//
+//   BxStreamReadBinaryBuffer in(data, size);
+//   unsigned version = in.ReadAndCompareVersion(1);
+//   int count; double value; std::wstring name;
+//   in >> count >> value >> name;
+//
+// Typed reads throw BxExceptionStream when the data ends before the value
+// does; ReadBuffer returns the count actually read. A declared string length
+// larger than what the stream still holds is refused before anything is
+// allocated when the stream knows its remaining size, and otherwise the string
+// grows only as its bytes actually arrive.
+//
+// A concrete stream overrides only the protected read(); it may lend the
+// base class a block of readable bytes (the get area, setGetArea) from which
+// small values are copied without a virtual call.
+#pragma once
+
+#include <bxbase/bxbaseapi.h>
+#include <bxbase/bxstreamread.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <optional>
+#include <string>
+#include <type_traits>
+
+class ISerializable;
+
+class BXBASE_API BxStreamReadBinary : public BxStreamRead
+{
+public:
+    /// Reads up to `count` bytes and returns how many were read.
+    std::size_t ReadBuffer(void* data, std::size_t count)
+    {
+        if (static_cast<std::size_t>(m_getEnd - m_get) >= count) {
+            if (count)
+                std::memcpy(data, m_get, count);
+            m_get += count;
+            return count;
+        }
+        return readSlow(data, count);
+    }
+
+    /// Reads a version word and returns it; throws BxExceptionWrongFileVersion
+    /// when it is greater than `maxVersion`.
+    unsigned int ReadAndCompareVersion(unsigned int maxVersion);
+
+    /// Reads an object written by WriteChunk, created through the type registry
+    /// by its class name. Throws BxExceptionStream for an unknown class or a
+    /// chunk whose object does not consume exactly its bytes.
+    std::unique_ptr<ISerializable> ReadChunk();
+
+    BxStreamReadBinary& operator>>(bool& v)
+    {
+        std::uint8_t byte;
+        get(byte);
+        v = byte != 0;
+        return *this;
+    }
+    BxStreamReadBinary& operator>>(char& v) { return get(v); }
+    BxStreamReadBinary& operator>>(signed char& v) { return get(v); }
+    BxStreamReadBinary& operator>>(unsigned char& v) { return get(v); }
+    BxStreamReadBinary& operator>>(short& v) { return get(v); }
+    BxStreamReadBinary& operator>>(unsigned short& v) { return get(v); }
+    BxStreamReadBinary& operator>>(int& v) { return get(v); }
+    BxStreamReadBinary& operator>>(unsigned int& v) { return get(v); }
+    BxStreamReadBinary& operator>>(long& v) { return get(v); }
+    BxStreamReadBinary& operator>>(unsigned long& v) { return get(v); }
+    BxStreamReadBinary& operator>>(long long& v) { return get(v); }
+    BxStreamReadBinary& operator>>(unsigned long long& v) { return get(v); }
+    BxStreamReadBinary& operator>>(float& v) { return get(v); }
+    BxStreamReadBinary& operator>>(double& v) { return get(v); }
+    BxStreamReadBinary& operator>>(std::string& v);
+    BxStreamReadBinary& operator>>(std::wstring& v);
+
+    /// Reads exactly `count` bytes or throws BxExceptionStream naming `functionName`.
+    void ReadExactly(void* data, std::size_t count, const char* functionName = "BxStreamReadBinary::ReadExactly");
+
+protected:
+    BxStreamReadBinary() = default;
+    BxStreamReadBinary(const BxStreamReadBinary&) = delete;
+    BxStreamReadBinary& operator=(const BxStreamReadBinary&) = delete;
+
+    /// Delivers up to `count` bytes and returns how many (fewer at end of data).
+    virtual std::size_t read(void* data, std::size_t count) = 0;
+
+    /// The number of bytes still to come, when the stream knows it.
+    virtual std::optional<std::uint64_t> remaining() const { return std::nullopt; }
+
+    /// Lends [begin, end) as the get area; (nullptr, nullptr) withdraws it.
+    void setGetArea(const std::byte* begin, const std::byte* end) noexcept
+    {
+        m_get = begin;
+        m_getEnd = end;
+    }
+    const std::byte* getPointer() const noexcept { return m_get; }
+    /// Bytes left in the get area.
+    std::size_t getAreaSize() const noexcept { return static_cast<std::size_t>(m_getEnd - m_get); }
+
+private:
+    template <class T>
+    BxStreamReadBinary& get(T& v)
+    {
+        static_assert(std::is_trivially_copyable_v<T>);
+        if (static_cast<std::size_t>(m_getEnd - m_get) >= sizeof(T)) {
+            std::memcpy(&v, m_get, sizeof(T));
+            m_get += sizeof(T);
+            return *this;
+        }
+        ReadExactly(&v, sizeof(T), "BxStreamReadBinary::operator >>");
+        return *this;
+    }
+    std::size_t readSlow(void* data, std::size_t count);
+    std::uint32_t readCount(std::uint64_t unitSize, const char* functionName);
+
+    const std::byte* m_get = nullptr;
+    const std::byte* m_getEnd = nullptr;
+};

@@ -1,0 +1,51 @@
+// Abstract text output stream.
+//
+//   void CNode::dump(BxStreamWriteASCIIT<CStringW>& out) const {
+//       out << L"node " << m_name << L" has " << m_count << L" children\n";
+//   }
+//
+// TString names the text type the stream is meant for (narrow or wide); both
+// narrow and wide text can be written to either kind. A concrete stream
+// overrides the two protected write() operations, which receive
+// null-terminated text. Numbers are written in their shortest decimal form
+// (floating point round-trips exactly), booleans as "true" and "false".
+#pragma once
+
+#include <bxbase/bxbaseapi.h>
+#include <bxbase/bxstreamwrite.h>
+
+#include <string>
+
+template <class TString>
+class BXBASE_API BxStreamWriteASCIIT : public BxStreamWrite
+{
+public:
+    using string_type = TString;
+
+    BxStreamWriteASCIIT& operator<<(const char* text) { write(text ? text : ""); return *this; }
+    BxStreamWriteASCIIT& operator<<(const wchar_t* text) { write(text ? text : L""); return *this; }
+    BxStreamWriteASCIIT& operator<<(const std::string& text) { write(text.c_str()); return *this; }
+    BxStreamWriteASCIIT& operator<<(const std::wstring& text) { write(text.c_str()); return *this; }
+    BxStreamWriteASCIIT& operator<<(char c) { const char t[2] = {c, 0}; write(t); return *this; }
+    BxStreamWriteASCIIT& operator<<(wchar_t c) { const wchar_t t[2] = {c, 0}; write(t); return *this; }
+    BxStreamWriteASCIIT& operator<<(bool v) { write(v ? "true" : "false"); return *this; }
+    BxStreamWriteASCIIT& operator<<(short v) { return *this << static_cast<long long>(v); }
+    BxStreamWriteASCIIT& operator<<(unsigned short v) { return *this << static_cast<unsigned long long>(v); }
+    BxStreamWriteASCIIT& operator<<(int v) { return *this << static_cast<long long>(v); }
+    BxStreamWriteASCIIT& operator<<(unsigned int v) { return *this << static_cast<unsigned long long>(v); }
+    BxStreamWriteASCIIT& operator<<(long v) { return *this << static_cast<long long>(v); }
+    BxStreamWriteASCIIT& operator<<(unsigned long v) { return *this << static_cast<unsigned long long>(v); }
+    BxStreamWriteASCIIT& operator<<(long long v);
+    BxStreamWriteASCIIT& operator<<(unsigned long long v);
+    BxStreamWriteASCIIT& operator<<(float v);
+    BxStreamWriteASCIIT& operator<<(double v);
+
+protected:
+    /// Writes null-terminated narrow text.
+    virtual void write(const char* text) = 0;
+    /// Writes null-terminated wide text.
+    virtual void write(const wchar_t* text) = 0;
+};
+
+extern template class BxStreamWriteASCIIT<std::string>;
+extern template class BxStreamWriteASCIIT<std::wstring>;

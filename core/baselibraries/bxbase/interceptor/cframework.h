@@ -1,0 +1,41 @@
+// Base of the managers that outside code can hook into.
+//
+//   class VoTaskManager : public Interceptor::CFramework<TaskManager::IInterceptorTaskManager> {
+//       void add(...) { ...; dispatch(&IInterceptorTaskManager::OnAdd, CContextWorkItem(*this, name)); }
+//   };
+//   manager.GetDispatcher()->Add(std::make_shared<CMyHooks>());
+//
+// The framework object creates its dispatcher with itself; copies of the
+// object share the same dispatcher.
+#pragma once
+
+#include <bxbase/interceptor/cdispatcher.h>
+#include <bxbase/interceptor/iframework.h>
+
+#include <memory>
+
+namespace Interceptor {
+
+template <class I, class D = CDispatcher<I>>
+class CFramework : public IFramework<I>
+{
+public:
+    CFramework() : m_dispatcher(std::make_shared<D>()) {}
+
+    std::shared_ptr<IDispatcher<I>> GetDispatcher() const override { return m_dispatcher; }
+
+protected:
+    /// Hands `context` to the hook `hook` of every registered interceptor.
+    template <class Context>
+    void dispatch(void (I::*hook)(const Context&), const Context& context) const
+    {
+        m_dispatcher->Dispatch(hook, context);
+    }
+
+    const std::shared_ptr<D>& getDispatcher() const noexcept { return m_dispatcher; }
+
+private:
+    std::shared_ptr<D> m_dispatcher;
+};
+
+}  // namespace Interceptor

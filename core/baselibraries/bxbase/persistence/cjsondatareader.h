@@ -1,0 +1,50 @@
+// Persistence reader over a JSON object.
+//
+//   Persistence::CJsonDataReader reader(R"({"Major":1,"Minor":2,"Patch":3,"Label":""})");
+//   version.ReadFrom(reader);
+//
+// Malformed JSON, or JSON whose top level is not an object, throws
+// Persistence::CException at construction. A number that does not fit the
+// requested type, or an entry of another JSON type, throws on reading.
+#pragma once
+
+#include <bxbase/bxbaseapi.h>
+#include <bxbase/persistence/idatareader.h>
+
+#include <memory>
+#include <string>
+
+namespace Persistence {
+
+class BXBASE_API CJsonDataReader : public IDataReader
+{
+public:
+    explicit CJsonDataReader(const std::string& json);
+    ~CJsonDataReader() override;
+    CJsonDataReader(const CJsonDataReader&) = delete;
+    CJsonDataReader& operator=(const CJsonDataReader&) = delete;
+
+    bool Has(const std::string& key) const override;
+    bool Read(const std::string& key, bool& value) const override;
+    bool Read(const std::string& key, char& value) const override;
+    bool Read(const std::string& key, signed char& value) const override;
+    bool Read(const std::string& key, unsigned char& value) const override;
+    bool Read(const std::string& key, short& value) const override;
+    bool Read(const std::string& key, unsigned short& value) const override;
+    bool Read(const std::string& key, int& value) const override;
+    bool Read(const std::string& key, unsigned int& value) const override;
+    bool Read(const std::string& key, long long& value) const override;
+    bool Read(const std::string& key, unsigned long long& value) const override;
+    bool Read(const std::string& key, float& value) const override;
+    bool Read(const std::string& key, double& value) const override;
+    bool Read(const std::string& key, std::string& value) const override;
+    bool Read(const std::string& key, std::wstring& value) const override;
+    bool ReadObject(const std::string& key, ISerializable& object) const override;
+
+private:
+    struct Impl;
+    explicit CJsonDataReader(std::unique_ptr<Impl> impl);
+    std::unique_ptr<Impl> m_impl;
+};
+
+}  // namespace Persistence

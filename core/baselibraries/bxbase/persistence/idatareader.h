@@ -1,0 +1,61 @@
+// Reads typed entries by key (see Persistence::ISerializable).
+//
+//   unsigned tag;
+//   if (!reader.Read("UInt32VariantType", tag)) { ...missing... }
+//   reader.ReadRequired("Major", major);   // throws Persistence::CException when missing
+//
+// Read returns false when the key is absent and throws Persistence::CException
+// when the entry exists but does not hold a value of the requested type and
+// range.
+#pragma once
+
+#include <bxbase/bxbaseapi.h>
+
+#include <cstdint>
+#include <string>
+
+namespace Persistence {
+
+class ISerializable;
+
+class BXBASE_API IDataReader
+{
+public:
+    virtual ~IDataReader() = default;
+
+    virtual bool Has(const std::string& key) const = 0;
+
+    virtual bool Read(const std::string& key, bool& value) const = 0;
+    virtual bool Read(const std::string& key, char& value) const = 0;
+    virtual bool Read(const std::string& key, signed char& value) const = 0;
+    virtual bool Read(const std::string& key, unsigned char& value) const = 0;
+    virtual bool Read(const std::string& key, short& value) const = 0;
+    virtual bool Read(const std::string& key, unsigned short& value) const = 0;
+    virtual bool Read(const std::string& key, int& value) const = 0;
+    virtual bool Read(const std::string& key, unsigned int& value) const = 0;
+    virtual bool Read(const std::string& key, long long& value) const = 0;
+    virtual bool Read(const std::string& key, unsigned long long& value) const = 0;
+    virtual bool Read(const std::string& key, float& value) const = 0;
+    virtual bool Read(const std::string& key, double& value) const = 0;
+    virtual bool Read(const std::string& key, std::string& value) const = 0;
+    virtual bool Read(const std::string& key, std::wstring& value) const = 0;
+
+    /// Reads the nested object under `key` into `object`; false when absent.
+    virtual bool ReadObject(const std::string& key, ISerializable& object) const = 0;
+
+    /// Read, but a missing key throws Persistence::CException.
+    template <class T>
+    void ReadRequired(const std::string& key, T& value) const;
+};
+
+}  // namespace Persistence
+
+#include <bxbase/persistence/cexception.h>
+
+template <class T>
+void Persistence::IDataReader::ReadRequired(const std::string& key, T& value) const
+{
+    if (!Read(key, value))
+        throw Persistence::CException(__FILE__, __LINE__, "Persistence::IDataReader::ReadRequired",
+                                      "missing entry \"" + key + "\"");
+}

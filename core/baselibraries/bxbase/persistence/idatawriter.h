@@ -1,0 +1,45 @@
+// Writes typed entries by key (see Persistence::ISerializable).
+//
+//   writer.Write("UInt32VariantType", 2u);
+//   writer.Write("Value", 42);
+//   writer.WriteObject("Version", version);   // a nested object
+//
+// Writing a key twice replaces the entry.
+#pragma once
+
+#include <bxbase/bxbaseapi.h>
+
+#include <cstdint>
+#include <string>
+
+namespace Persistence {
+
+class ISerializable;
+
+class BXBASE_API IDataWriter
+{
+public:
+    virtual ~IDataWriter() = default;
+
+    virtual void Write(const std::string& key, bool value) = 0;
+    virtual void Write(const std::string& key, char value) = 0;
+    virtual void Write(const std::string& key, signed char value) = 0;
+    virtual void Write(const std::string& key, unsigned char value) = 0;
+    virtual void Write(const std::string& key, short value) = 0;
+    virtual void Write(const std::string& key, unsigned short value) = 0;
+    virtual void Write(const std::string& key, int value) = 0;
+    virtual void Write(const std::string& key, unsigned int value) = 0;
+    virtual void Write(const std::string& key, long long value) = 0;
+    virtual void Write(const std::string& key, unsigned long long value) = 0;
+    virtual void Write(const std::string& key, float value) = 0;
+    virtual void Write(const std::string& key, double value) = 0;
+    virtual void Write(const std::string& key, const std::string& value) = 0;
+    virtual void Write(const std::string& key, const std::wstring& value) = 0;
+    void Write(const std::string& key, const char* value) { Write(key, std::string(value)); }
+    void Write(const std::string& key, const wchar_t* value) { Write(key, std::wstring(value)); }
+
+    /// Writes `object`'s entries as a nested object under `key`.
+    virtual void WriteObject(const std::string& key, const ISerializable& object) = 0;
+};
+
+}  // namespace Persistence

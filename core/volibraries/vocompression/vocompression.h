@@ -1,0 +1,6 @@
+// Umbrella header of vocompression: the range coder, its probability model
+// and the LZMA classes.
+#pragma once
+
+#include <vocompression/vocompressionapi.h>
+#include <vocompression/vocompressionversion.h>

@@ -1,0 +1,62 @@
+#!/usr/bin/env bash
+# Builds VoBase and runs its main program, its tests or its benchmarks.
+#
+#   ./vobase.sh demo     build (release) and run the demo program
+#   ./vobase.sh test     build (release) and run every test
+#   ./vobase.sh bench    build (release) and run the benchmarks
+#
+# Missing Debian packages are installed with apt-get when running as root;
+# otherwise the exact apt-get line is printed and the script stops.
+set -euo pipefail
+cd "$(dirname "$0")"
+
+PACKAGES=(cmake ninja-build g++ pkg-config zlib1g-dev liblzma-dev nlohmann-json3-dev libgtest-dev libgmock-dev
+          libbenchmark-dev libboost-graph-dev libtbb-dev libasio-dev xz-utils python3)
+
+ensure_packages() {
+    local missing=()
+    for p in "${PACKAGES[@]}"; do
+        dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
+    done
+    [ ${#missing[@]} -eq 0 ] && return 0
+    if [ "$(id -u)" -eq 0 ]; then
+        echo "Installing: ${missing[*]}"
+        apt-get update -qq
+        DEBIAN_FRONTEND=noninteractive apt-get install -y -qq "${missing[@]}" >/dev/null
+    else
+        echo "Missing packages. Run:"
+        echo "  sudo apt-get install -y ${missing[*]}"
+        exit 1
+    fi
+}
+
+build() {
+    cmake --preset release >/dev/null
+    cmake --build --preset release
+}
+
+case "${1:-}" in
+    demo)
+        ensure_packages
+        build
+        ./build/release/apps/vobase-demo/vobase-demo
+        ;;
+    test)
+        ensure_packages
+        build
+        ctest --preset release -j "$(nproc)"
+        ;;
+    bench)
+        ensure_packages
+        build
+        shift
+        for b in build/release/bench/bench_*; do
+            [ -x "$b" ] && "$b" --benchmark_enable_random_interleaving=true --benchmark_repetitions=3 \
+                --benchmark_report_aggregates_only=true "$@"
+        done
+        ;;
+    *)
+        sed -n '2,9p' "$0"
+        exit 2
+        ;;
+esac
