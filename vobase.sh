@@ -11,7 +11,7 @@ set -euo pipefail
 cd "$(dirname "$0")"
 
 PACKAGES=(cmake ninja-build g++ pkg-config zlib1g-dev liblzma-dev nlohmann-json3-dev libgtest-dev libgmock-dev
-          libbenchmark-dev libboost-graph-dev libtbb-dev libasio-dev xz-utils python3)
+          libbenchmark-dev libboost-graph-dev libtbb-dev libasio-dev libzstd-dev xz-utils python3)
 
 ensure_packages() {
     local missing=()
