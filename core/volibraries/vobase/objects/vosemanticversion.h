@@ -1,0 +1,102 @@
+// A semantic version: major.minor.patch with an optional label.
+//
+//   VoSemanticVersion v("1.2.3-beta.1");   // 1, 2, 3, label "beta.1"
+//   v.ToString();                          // "1.2.3-beta.1"
+//   VoSemanticVersion("1.2") == VoSemanticVersion(1, 2, 0);   // true
+//   v = "x.1";                             // throws; minor is already 1
+//
+// Parsing: the label is everything after the first "-"; the rest is split at
+// "." and read last part first (patch, then minor, then major) with "%u", each
+// part having to start with a number; parts beyond the third are ignored and
+// the empty text is 0.0.0. Wide text is converted to narrow text first.
+//
+// Comparison: == and != ignore the label; < and > are lexicographic over
+// (major, minor, patch); <= and >= compare the major number alone, so that
+// 1.9.0 <= 1.2.0 is true. This asymmetry is deliberate and kept.
+//
+// The wide IsValid(const wchar_t*) answers true for every text without
+// parsing it (kept as it is); the other IsValid overloads parse.
+//
+// Persistence form: "Major", "Minor", "Patch", "Label".
+#pragma once
+
+#include <vobase/vobaseapi.h>
+
+#include <bxbase/persistence/iserializable.h>
+
+#include <cstdint>
+#include <string>
+
+class VOBASE_API VoSemanticVersion : public Persistence::ISerializable
+{
+public:
+    VoSemanticVersion() = default;
+    explicit VoSemanticVersion(std::uint32_t major);
+    VoSemanticVersion(std::uint32_t major, std::uint32_t minor);
+    VoSemanticVersion(std::uint32_t major, std::uint32_t minor, std::uint32_t patch);
+    VoSemanticVersion(std::uint32_t major, std::uint32_t minor, std::uint32_t patch, const std::string& label);
+    VoSemanticVersion(std::uint32_t major, std::uint32_t minor, std::uint32_t patch, const std::wstring& label);
+    VoSemanticVersion(std::uint32_t major, std::uint32_t minor, std::uint32_t patch, const char* label);
+    VoSemanticVersion(std::uint32_t major, std::uint32_t minor, std::uint32_t patch, const wchar_t* label);
+    /// Parses the text; invalid text throws BxException at "VoSemanticVersion::operator =".
+    VoSemanticVersion(const std::string& text);
+    VoSemanticVersion(const std::wstring& text);
+    VoSemanticVersion(const char* text);
+    VoSemanticVersion(const wchar_t* text);
+    VoSemanticVersion(const VoSemanticVersion&) = default;
+    VoSemanticVersion(VoSemanticVersion&&) noexcept = default;
+    ~VoSemanticVersion() override = default;
+
+    VoSemanticVersion& operator=(const VoSemanticVersion&) = default;
+    VoSemanticVersion& operator=(VoSemanticVersion&&) noexcept = default;
+    /// Resets to 0.0.0, then parses into the fields; invalid text throws
+    /// BxException at "VoSemanticVersion::operator =" and the fields parsed
+    /// before the failure stay.
+    VoSemanticVersion& operator=(const std::string& text);
+    VoSemanticVersion& operator=(const std::wstring& text);
+    VoSemanticVersion& operator=(const char* text);
+    VoSemanticVersion& operator=(const wchar_t* text);
+
+    void SetVersionMajor(std::uint32_t major) noexcept { m_major = major; }
+    void SetVersionMinor(std::uint32_t minor) noexcept { m_minor = minor; }
+    void SetVersionPatch(std::uint32_t patch) noexcept { m_patch = patch; }
+    /// Sets the label; null clears it.
+    void SetLabel(const char* label) { m_label = label ? label : ""; }
+    std::uint32_t GetVersionMajor() const noexcept { return m_major; }
+    std::uint32_t GetVersionMinor() const noexcept { return m_minor; }
+    std::uint32_t GetVersionPatch() const noexcept { return m_patch; }
+    const std::string& GetLabel() const noexcept { return m_label; }
+
+    /// "major.minor.patch", plus "-label" when the label is not empty.
+    std::string ToString() const;
+
+    /// True when the text parses (null counts as the empty text, 0.0.0).
+    static bool IsValid(const char* text);
+    static bool IsValid(const std::string& text);
+    static bool IsValid(const std::wstring& text);
+    /// True for every text, without parsing (see the top of this file).
+    static bool IsValid(const wchar_t* text);
+
+    bool operator==(const VoSemanticVersion& other) const noexcept;
+    bool operator!=(const VoSemanticVersion& other) const noexcept { return !(*this == other); }
+    bool operator<(const VoSemanticVersion& other) const noexcept;
+    bool operator>(const VoSemanticVersion& other) const noexcept { return other < *this; }
+    /// Compares the major number only.
+    bool operator<=(const VoSemanticVersion& other) const noexcept { return m_major <= other.m_major; }
+    /// Compares the major number only.
+    bool operator>=(const VoSemanticVersion& other) const noexcept { return m_major >= other.m_major; }
+
+    /// "VoSemanticVersion".
+    std::string GetTypeName() const override { return "VoSemanticVersion"; }
+    /// Reads "Major", "Minor", "Patch" and "Label"; a missing one throws Persistence::CException.
+    void ReadFrom(const Persistence::IDataReader& reader) override;
+    void WriteTo(Persistence::IDataWriter& writer) const override;
+
+private:
+    void assign(const char* text);
+
+    std::uint32_t m_major = 0;
+    std::uint32_t m_minor = 0;
+    std::uint32_t m_patch = 0;
+    std::string m_label;
+};
