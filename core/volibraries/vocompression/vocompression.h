@@ -4,3 +4,6 @@
 
 #include <vocompression/vocompressionapi.h>
 #include <vocompression/vocompressionversion.h>
+#include <vocompression/vocompressrangecoder.h>
+#include <vocompression/vodecompressrangecoder.h>
+#include <vocompression/voprobabilitymodelquasistatic.h>

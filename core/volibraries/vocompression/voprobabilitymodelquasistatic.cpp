@@ -1,0 +1,94 @@
+#include <vocompression/voprobabilitymodelquasistatic.h>
+
+#include <bxbase/bxexceptionpreconditionviolation.h>
+
+#include <algorithm>
+#include <string>
+
+namespace {
+
+constexpr const char* c_constructorName = "VoProbabilityModelQuasiStatic::VoProbabilityModelQuasiStatic";
+
+}  // namespace
+
+VoProbabilityModelQuasiStatic::VoProbabilityModelQuasiStatic(std::uint32_t numberOfSymbols, std::uint32_t totalBits,
+                                                             std::uint32_t targetRescale)
+    : m_numberOfSymbols(numberOfSymbols), m_totalBits(totalBits), m_targetRescale(targetRescale)
+{
+    if (numberOfSymbols < 2)
+        BX_THROW(BxExceptionPreconditionViolation, c_constructorName, "a model needs at least 2 symbols");
+    if (totalBits > 16)
+        BX_THROW(BxExceptionPreconditionViolation, c_constructorName, "the total bits must be at most 16");
+    const std::uint64_t total = std::uint64_t(1) << totalBits;
+    if (total < 4 * std::uint64_t(numberOfSymbols))
+        BX_THROW(BxExceptionPreconditionViolation, c_constructorName,
+                 "2^" + std::to_string(totalBits) + " is less than 4 times " + std::to_string(numberOfSymbols) +
+                     " symbols");
+    // An interval of 0 updates would divide by zero when the counts are spread.
+    if (targetRescale == 0 || targetRescale >= 2 * total)
+        BX_THROW(BxExceptionPreconditionViolation, c_constructorName,
+                 "the target rescale interval must lie in 1 .. 2^(bits+1)-1");
+    m_cumulative.resize(std::size_t(numberOfSymbols) + 1);
+    m_newFrequencies.resize(numberOfSymbols);
+    Reset();
+}
+
+VoProbabilityModelQuasiStatic::VoProbabilityModelQuasiStatic(const VoProbabilityModelQuasiStatic& other)
+    : BxReferenceCountedObject(),
+      m_numberOfSymbols(other.m_numberOfSymbols),
+      m_totalBits(other.m_totalBits),
+      m_rescaleInterval(other.m_rescaleInterval),
+      m_targetRescale(other.m_targetRescale),
+      m_cumulative(other.m_cumulative),
+      m_newFrequencies(other.m_newFrequencies),
+      m_increment(other.m_increment),
+      m_left(other.m_left),
+      m_nextLeft(other.m_nextLeft)
+{
+}
+
+void VoProbabilityModelQuasiStatic::Reset()
+{
+    const std::uint32_t total = std::uint32_t(1) << m_totalBits;
+    const std::uint32_t quotient = total / m_numberOfSymbols;
+    const std::uint32_t remainder = total % m_numberOfSymbols;
+    std::fill_n(m_newFrequencies.begin(), remainder, quotient + 1);
+    std::fill(m_newFrequencies.begin() + remainder, m_newFrequencies.end(), quotient);
+    m_cumulative.front() = 0;
+    m_cumulative.back() = total;
+    m_rescaleInterval = std::max<std::uint32_t>(m_numberOfSymbols >> 4, 2);
+    m_rescaleInterval = std::min(m_targetRescale, 2 * m_rescaleInterval);
+    rebuild();
+}
+
+void VoProbabilityModelQuasiStatic::updateFrequencies()
+{
+    m_rescaleInterval = std::min(m_targetRescale, 2 * m_rescaleInterval);
+    rebuild();
+}
+
+void VoProbabilityModelQuasiStatic::rebuild()
+{
+    const std::uint32_t total = std::uint32_t(1) << m_totalBits;
+    std::uint32_t running = total;
+    std::uint32_t halvedSum = 0;
+    for (std::uint32_t symbol = m_numberOfSymbols; symbol-- > 0;) {
+        std::uint32_t& frequency = m_newFrequencies[symbol];
+        running -= frequency;
+        m_cumulative[symbol] = running;
+        frequency = std::max<std::uint32_t>(frequency >> 1, 1);
+        halvedSum += frequency;
+    }
+    // The halved counts sum to at most 2^(b-1) + n < 2^b, so something is
+    // always missing; the increments of the next interval add exactly that.
+    const std::uint32_t missing = total - halvedSum;
+    m_increment = missing / m_rescaleInterval;
+    m_nextLeft = missing % m_rescaleInterval;
+    m_left = m_rescaleInterval - m_nextLeft;
+}
+
+void VoProbabilityModelQuasiStatic::throwSymbolOutOfRange()
+{
+    BX_THROW(BxExceptionPreconditionViolation, "VoProbabilityModelQuasiStatic::GetFrequencies",
+             "symbol outside the alphabet");
+}
