@@ -1,0 +1,3 @@
+#include <vobase/messaging/vomessageshutdown.h>
+
+BX_IMPLEMENT_RTTI(VoMessageShutDown, &VoMessage::RTTI)

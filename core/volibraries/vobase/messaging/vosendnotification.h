@@ -1,0 +1,18 @@
+// An entry of a send queue: the message of a synchronous send, borrowed from
+// the sender (who waits until every reply is in), the handler it is addressed
+// to (null: every subscriber) and the send's status, which collects the
+// answers and wakes the sender.
+//
+//   handler.queueSendNotification(VoSendNotification{nullptr, &message, status});
+#pragma once
+
+class VoMessage;
+class VoMessageHandlerBase;
+class VoThreadSendStatus;
+
+struct VoSendNotification
+{
+    VoMessageHandlerBase* target = nullptr;  ///< null: all subscribers
+    const VoMessage* message = nullptr;      ///< borrowed; null once invalidated
+    VoThreadSendStatus* status = nullptr;    ///< answers and wake-up of the waiting sender
+};

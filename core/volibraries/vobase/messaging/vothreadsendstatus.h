@@ -1,0 +1,72 @@
+// The state of one synchronous send in flight: the answers, the number of
+// answers still expected, and the two events the sender waits on. The
+// dispatcher keeps a pool of them and reuses one per send.
+//
+//   status.Reset(2);               // two subscribers will answer
+//   status.AddResult(1);           // on a subscriber's thread...
+//   status.CountDown();            // ...then count down; the last one sets the replied event
+//   status.GetRepliedEvent().Wait();
+//
+// Locks: m_resultsLock guards m_results. The pending count is atomic. The
+// local handlers and the sender thread id are written by the dispatcher
+// before it marks the send dispatched and read by the sender after it saw
+// the dispatched event, so they need no lock.
+#pragma once
+
+#include <vobase/vobaseapi.h>
+
+#include <bxbase/bxcontainers.h>
+#include <bxbase/inoncopyable.h>
+#include <bxbase/ireferencecounted.h>
+#include <bxbase/threading/bxcriticalsection.h>
+#include <bxbase/threading/bxevent.h>
+
+#include <atomic>
+#include <cstdint>
+
+class VoMessageHandlerBase;
+
+class VOBASE_API VoThreadSendStatus : public IReferenceCounted, public INonCopyable
+{
+public:
+    VoThreadSendStatus() = default;
+    ~VoThreadSendStatus() override = default;
+
+    BxReferenceCounter<unsigned int>& getReferenceCounter() const override { return m_referenceCounter; }
+
+    /// Prepares the status for `count` answers: resets the dispatched event,
+    /// empties the local handlers and the results; with count 0 the replied
+    /// event is set at once, else reset.
+    void Reset(std::uint32_t count);
+    /// Appends an answer (under the results lock).
+    void AddResult(std::int64_t result);
+    /// One answer less to wait for; the call that reaches 0 sets the replied event.
+    void CountDown();
+    /// Tells the sender that the dispatcher has routed the send.
+    void MarkDispatched() { m_dispatched.Set(); }
+
+    /// Answers in arrival order. Read it only after the replied event.
+    const BxListEx<std::int64_t>& GetResults() const noexcept { return m_results; }
+    /// Subscribers living on the sender's thread, which the sender answers for itself.
+    const BxListEx<VoMessageHandlerBase*>& GetLocalHandlers() const noexcept { return m_localHandlers; }
+    void AddLocalHandler(VoMessageHandlerBase* handler) { m_localHandlers.push_back(handler); }
+
+    std::uint32_t GetSenderThreadID() const noexcept { return m_senderThreadID; }
+    void SetSenderThreadID(std::uint32_t threadID) noexcept { m_senderThreadID = threadID; }
+    std::uint32_t GetPendingCount() const noexcept { return m_pending.load(std::memory_order_acquire); }
+
+    /// Set when every answer is in.
+    BxEvent& GetRepliedEvent() noexcept { return m_replied; }
+    /// Set when the dispatcher has routed the send.
+    BxEvent& GetDispatchedEvent() noexcept { return m_dispatched; }
+
+private:
+    mutable BxReferenceCounter<unsigned int> m_referenceCounter;
+    BxCriticalSection m_resultsLock;             ///< guards m_results
+    BxListEx<std::int64_t> m_results;            ///< in arrival order
+    std::atomic<std::uint32_t> m_pending{0};
+    BxEvent m_replied;
+    BxEvent m_dispatched;
+    BxListEx<VoMessageHandlerBase*> m_localHandlers;
+    std::uint32_t m_senderThreadID = 0;
+};
