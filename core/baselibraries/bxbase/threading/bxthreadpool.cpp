@@ -1,0 +1,232 @@
+#include <bxbase/threading/bxthreadpool.h>
+
+#include <bxbase/bxexceptionpreconditionviolation.h>
+#include <bxbase/logging/clogger.h>
+#include <bxbase/threading/bxblockingscope.h>
+
+#include <algorithm>
+#include <pthread.h>
+#include <system_error>
+
+namespace
+{
+thread_local BxThreadPool* t_pool = nullptr;
+
+unsigned defaultWorkerCount()
+{
+    return std::max(2u, std::thread::hardware_concurrency());
+}
+} // namespace
+
+BxThreadPool& BxThreadPool::GetInstance()
+{
+    static BxThreadPool s_pool(defaultWorkerCount());
+    return s_pool;
+}
+
+BxThreadPool::BxThreadPool(unsigned workerCount) : m_workerCount(std::max(1u, workerCount))
+{
+    std::lock_guard lock(m_lock);
+    for (unsigned i = 0; i < m_workerCount; ++i)
+    {
+        SWorker& worker = m_threads.emplace_back();
+        worker.thread = std::thread(&BxThreadPool::workerMain, this, &worker);
+        ++m_threadCount;
+    }
+}
+
+BxThreadPool::~BxThreadPool()
+{
+    std::list<SWorker> threads;
+    {
+        std::lock_guard lock(m_lock);
+        m_stopping = true;
+        for (auto& queue : m_queues)
+        {
+            for (auto& task : queue)
+                task->cancel();
+            queue.clear();
+        }
+    }
+    m_wake.notify_all();
+    // Workers blocked in a task may still start compensating workers until
+    // they see m_stopping, so collect until the list stays empty.
+    for (;;)
+    {
+        {
+            std::lock_guard lock(m_lock);
+            threads.splice(threads.end(), m_threads);
+        }
+        if (threads.empty())
+            break;
+        for (SWorker& worker : threads)
+            worker.thread.join();
+        threads.clear();
+    }
+}
+
+bool BxThreadPool::AddTask(BxSmartPointer<BxTask> task, int priority)
+{
+    if (!task)
+        BX_THROW(BxExceptionPreconditionViolation, "BxThreadPool::AddTask", "null task");
+    if (priority < ePriorityLow || priority > ePriorityHigh)
+        BX_THROW(BxExceptionPreconditionViolation, "BxThreadPool::AddTask", "priority must be 0, 1 or 2");
+    if (!task->markQueued())
+        return false;
+
+    bool wakeOne;
+    {
+        std::lock_guard lock(m_lock);
+        if (m_stopping)
+        {
+            task->cancel();
+            return false;
+        }
+        m_queues[priority].push_back(std::move(task));
+        wakeOne = m_idle > 0;
+        if (!wakeOne)
+            growLocked();
+    }
+    if (wakeOne)
+        m_wake.notify_one();
+    return true;
+}
+
+unsigned BxThreadPool::GetThreadCount() const
+{
+    std::lock_guard lock(m_lock);
+    return m_threadCount;
+}
+
+std::size_t BxThreadPool::GetQueuedCount() const
+{
+    std::lock_guard lock(m_lock);
+    std::size_t count = 0;
+    for (const auto& queue : m_queues)
+        count += queue.size();
+    return count;
+}
+
+bool BxThreadPool::IsPoolThread()
+{
+    return t_pool != nullptr;
+}
+
+void BxThreadPool::runTask(BxTask& task)
+{
+    try
+    {
+        task.runClaimed();
+    }
+    catch (const std::exception& e)
+    {
+        Logging::CLogger(L"Core.ThreadPool")
+            .Error(__FILE__, __LINE__, "BxThreadPool::runTask", L"Exception left a task: %S", e.what());
+    }
+    catch (...)
+    {
+        Logging::CLogger(L"Core.ThreadPool")
+            .Error(__FILE__, __LINE__, "BxThreadPool::runTask", L"Unknown exception left a task");
+    }
+}
+
+void BxThreadPool::onBlocking(void* context, bool blocked)
+{
+    auto* pool = static_cast<BxThreadPool*>(context);
+    std::lock_guard lock(pool->m_lock);
+    if (blocked)
+    {
+        ++pool->m_blocked;
+        if (pool->m_idle == 0)
+            pool->growLocked();
+    }
+    else
+        --pool->m_blocked;
+}
+
+bool BxThreadPool::hasWorkLocked() const
+{
+    return std::any_of(m_queues.begin(), m_queues.end(), [](const auto& q) { return !q.empty(); });
+}
+
+void BxThreadPool::growLocked()
+{
+    reapLocked();
+    if (m_stopping || !hasWorkLocked() || m_threadCount - m_blocked >= m_workerCount ||
+        m_threadCount >= eMaxThreads)
+        return;
+    SWorker& worker = m_threads.emplace_back();
+    try
+    {
+        worker.thread = std::thread(&BxThreadPool::workerMain, this, &worker);
+        ++m_threadCount;
+    }
+    catch (const std::system_error&)
+    {
+        m_threads.pop_back(); // no thread now; the queued work waits for a free worker
+    }
+}
+
+void BxThreadPool::reapLocked()
+{
+    // A finished worker only returns from its function; joining it is quick.
+    for (auto it = m_threads.begin(); it != m_threads.end();)
+    {
+        if (it->finished)
+        {
+            it->thread.join();
+            it = m_threads.erase(it);
+        }
+        else
+            ++it;
+    }
+}
+
+BxSmartPointer<BxTask> BxThreadPool::popLocked()
+{
+    for (int priority = ePriorityHigh; priority >= ePriorityLow; --priority)
+    {
+        auto& queue = m_queues[priority];
+        if (!queue.empty())
+        {
+            BxSmartPointer<BxTask> task = std::move(queue.front());
+            queue.pop_front();
+            return task;
+        }
+    }
+    return nullptr;
+}
+
+void BxThreadPool::workerMain(SWorker* self)
+{
+    ::pthread_setname_np(::pthread_self(), "BxThreadPool");
+    t_pool = this;
+    BxBlockingScope::SetThreadHook(&BxThreadPool::onBlocking, this);
+
+    std::unique_lock lock(m_lock);
+    for (;;)
+    {
+        // Surplus after a compensated wait ended: retire.
+        if (m_threadCount - m_blocked > m_workerCount)
+            break;
+        BxSmartPointer<BxTask> task = popLocked();
+        if (!task)
+        {
+            if (m_stopping)
+                break;
+            ++m_idle;
+            m_wake.wait(lock);
+            --m_idle;
+            continue;
+        }
+        lock.unlock();
+        if (task->claim())
+            runTask(*task);
+        task.reset(); // the last reference may go here: outside the lock
+        lock.lock();
+    }
+    --m_threadCount;
+    self->finished = true;
+    BxBlockingScope::SetThreadHook(nullptr, nullptr);
+    t_pool = nullptr;
+}

@@ -1,0 +1,105 @@
+// The process-wide pool of worker threads that runs BxTasks, by priority:
+// 2 (high) before 1 (normal) before 0 (low), first in first out within one
+// priority.
+//
+//   BxSmartPointer<BxTask> task(new CMyTask);
+//   BxThreadPool::GetInstance().AddTask(task, BxThreadPool::ePriorityNormal);
+//   task->WaitUntilTerminate();
+//
+// Workers: std::thread::hardware_concurrency() of them, at least 2 (or the
+// count given to the constructor of a private pool). Waiting inside a task
+// cannot starve the pool:
+//   - BxTask::WaitUntilTerminate on a worker runs a still queued task itself;
+//   - any other real wait on a worker (BxEvent::Wait, WaitForMultipleEvents,
+//     a task that runs elsewhere) counts the worker as blocked for its
+//     duration (BxBlockingScope), and while work is queued and fewer than the
+//     worker count are unblocked, the pool starts a compensating worker. When
+//     the waits end, the surplus workers retire as they finish their tasks.
+// So fork-join nested deeper than the number of workers completes. The pool
+// has at most eMaxThreads threads; beyond that, queued tasks wait for a free one.
+//
+// An exception that leaves a task (its onException rethrew) is logged
+// (category "Core.ThreadPool") and dropped.
+//
+// Shut-down (destructor; for the instance at process exit): tasks still
+// queued are dropped without running, their termination events set; running
+// tasks are waited for, then every worker is joined.
+//
+// Locks: m_lock guards the queues, the thread list and every counter.
+#pragma once
+
+#include <bxbase/bxbaseapi.h>
+#include <bxbase/bxsmartpointer.h>
+#include <bxbase/threading/bxtask.h>
+
+#include <array>
+#include <condition_variable>
+#include <cstddef>
+#include <deque>
+#include <list>
+#include <mutex>
+#include <thread>
+
+class BXBASE_API BxThreadPool
+{
+public:
+    enum EPriority
+    {
+        ePriorityLow = 0,
+        ePriorityNormal = 1,
+        ePriorityHigh = 2
+    };
+    static constexpr unsigned eMaxThreads = 256;
+
+    /// The process-wide pool, made on first use.
+    static BxThreadPool& GetInstance();
+
+    /// A private pool with workerCount workers (at least 1).
+    explicit BxThreadPool(unsigned workerCount);
+    ~BxThreadPool();
+    BxThreadPool(const BxThreadPool&) = delete;
+    BxThreadPool& operator=(const BxThreadPool&) = delete;
+
+    /// Queues the task with priority 0, 1 or 2. False when the task is already
+    /// queued or running (a task is in a pool at most once) or the pool shuts
+    /// down. A null task or another priority throws BxExceptionPreconditionViolation.
+    bool AddTask(BxSmartPointer<BxTask> task, int priority = ePriorityNormal);
+
+    /// The number of workers the pool keeps busy.
+    unsigned GetWorkerCount() const { return m_workerCount; }
+    /// Threads the pool has now, compensating workers included.
+    unsigned GetThreadCount() const;
+    /// Tasks waiting in the queues.
+    std::size_t GetQueuedCount() const;
+
+    /// True on a worker thread of any pool.
+    static bool IsPoolThread();
+
+private:
+    friend class BxTask;
+    struct SWorker
+    {
+        std::thread thread;
+        bool finished = false; ///< the thread has left its loop and may be joined
+    };
+
+    static void runTask(BxTask& task);
+    static void onBlocking(void* pool, bool blocked);
+
+    void workerMain(SWorker* self);
+    BxSmartPointer<BxTask> popLocked();
+    bool hasWorkLocked() const;
+    /// Starts a worker when work is queued and too few workers are unblocked.
+    void growLocked();
+    void reapLocked();
+
+    const unsigned m_workerCount;
+    mutable std::mutex m_lock;
+    std::condition_variable m_wake;                             ///< idle workers wait here
+    std::array<std::deque<BxSmartPointer<BxTask>>, 3> m_queues; ///< by priority
+    std::list<SWorker> m_threads;
+    unsigned m_threadCount = 0; ///< threads in their loop
+    unsigned m_blocked = 0;     ///< workers inside a blocking wait
+    unsigned m_idle = 0;        ///< workers waiting for work
+    bool m_stopping = false;
+};
