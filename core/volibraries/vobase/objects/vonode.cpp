@@ -1,0 +1,379 @@
+#include <vobase/objects/vonode.h>
+
+#include <bxbase/bxexception.h>
+#include <bxbase/bxstreamwriteasciistringt.h>
+
+#include <algorithm>
+#include <mutex>
+
+#include <unistd.h>
+
+BX_IMPLEMENT_RTTI(VoNode)
+
+namespace {
+
+constexpr std::size_t c_childBlock = 10;
+constexpr std::size_t c_threadBuckets = 128;
+constexpr float c_threadLoadFactor = 1.5f;
+
+unsigned int currentThreadId() { return static_cast<unsigned int>(::gettid()); }
+
+}  // namespace
+
+VoNode::VoNode() : VoNode(L"__noname", true, eTMM_Track) {}
+
+VoNode::VoNode(const wchar_t* name, bool serializeLeaves, ETrackModificationMode mode)
+    : BxIClassName<0, CStringW>(name ? name : L""),
+      m_serializeLeaves(serializeLeaves),
+      m_trackModificationMode(mode),
+      m_parentLock(&m_lock)
+{
+    m_threadManager.max_load_factor(c_threadLoadFactor);
+    m_threadManager.rehash(c_threadBuckets);
+}
+
+VoNode::~VoNode()
+{
+    BxCriticalSectionLocker lock(m_lock);
+    for (BxSmartPointer<VoNode>& child : m_children) {
+        // A child that still names this node as parent cannot own a reference
+        // to it any more (this node is being destroyed): drop the link uncounted.
+        if (child->m_parent.get() == this) {
+            (void)child->m_parent.release();
+            child->m_parentLock.store(&child->m_lock, std::memory_order_release);
+        }
+    }
+    m_children.clear();
+}
+
+// --- children and parent ---------------------------------------------------
+
+BxSmartPointer<VoNode> VoNode::FindChild(const CStringW& name)
+{
+    BxCriticalSectionLocker lock(m_lock);
+    for (const BxSmartPointer<VoNode>& child : m_children)
+        if (child->GetName() == name)
+            return child;
+    return nullptr;
+}
+
+BxSmartPointer<const VoNode> VoNode::FindChild(const CStringW& name) const
+{
+    return const_cast<VoNode*>(this)->FindChild(name);
+}
+
+VoNode::Children VoNode::GetChildren()
+{
+    BxCriticalSectionLocker lock(m_lock);
+    return m_children;
+}
+
+VoNode::ConstChildren VoNode::GetChildren() const
+{
+    BxCriticalSectionLocker lock(m_lock);
+    return ConstChildren(m_children.begin(), m_children.end());
+}
+
+std::uint32_t VoNode::GetChildrenCount() const
+{
+    BxCriticalSectionLocker lock(m_lock);
+    return static_cast<std::uint32_t>(m_children.size());
+}
+
+bool VoNode::HasChildren() const { return GetChildrenCount() != 0; }
+
+BxCriticalSection& VoNode::lockParentLink() const
+{
+    for (;;) {
+        BxCriticalSection* guard = m_parentLock.load(std::memory_order_acquire);
+        guard->Lock();
+        if (m_parentLock.load(std::memory_order_acquire) == guard)
+            return *guard;
+        guard->Unlock();  // the link moved to another guard meanwhile
+    }
+}
+
+BxSmartPointer<VoNode> VoNode::parentReference() const
+{
+    BxCriticalSection& guard = lockParentLink();
+    BxSmartPointer<VoNode> parent = m_parent;
+    guard.Unlock();
+    return parent;
+}
+
+BxSmartPointer<VoNode> VoNode::GetParent() { return parentReference(); }
+BxSmartPointer<const VoNode> VoNode::GetParent() const { return parentReference(); }
+
+void VoNode::setParent(const BxSmartPointer<VoNode>& parent)
+{
+    BxSmartPointer<VoNode> previous;  // released after the guard, never under it
+    BxCriticalSection& guard = lockParentLink();
+    previous = std::exchange(m_parent, parent);
+    m_parentLock.store(parent ? &parent->m_lock : &m_lock, std::memory_order_release);
+    guard.Unlock();
+}
+
+void VoNode::addChild(BxSmartPointer<VoNode>& child)
+{
+    BxCriticalSectionLocker lock(m_lock);
+    if (m_children.capacity() == m_children.size())
+        m_children.reserve(m_children.size() + std::max(c_childBlock, m_children.size() / 2));
+    m_children.push_back(child);
+}
+
+void VoNode::unlink(bool withChildren, bool clearDataManager)
+{
+    BxSmartPointer<VoNode> self;  // the parent's list may hold the last reference
+    if (BxSmartPointer<VoNode> parent = parentReference()) {
+        self = this;
+        BxSmartPointer<VoNode> previous;
+        {
+            BxCriticalSectionLocker lock(parent->m_lock);
+            auto& siblings = parent->m_children;
+            siblings.erase(std::remove(siblings.begin(), siblings.end(), self), siblings.end());
+            if (m_parent == parent) {
+                previous = std::move(m_parent);
+                m_parentLock.store(&m_lock, std::memory_order_release);
+            }
+        }
+    }
+    if (clearDataManager)
+        setDataManager(nullptr);
+    if (withChildren)
+        unlinkChildren();
+}
+
+void VoNode::unlinkChildren()
+{
+    BxCriticalSectionLocker lock(m_lock);
+    // This node's lock guards every child's parent link.
+    Children children;
+    children.swap(m_children);
+    for (BxSmartPointer<VoNode>& child : children) {
+        if (child->m_parent.get() == this) {
+            child->m_parentLock.store(&child->m_lock, std::memory_order_release);
+            child->m_parent.reset();  // this node's caller still holds a reference to it
+        }
+        child->unlinkChildren();
+    }
+}
+
+void VoNode::setDataManager(VoDataManager* manager)
+{
+    BxCriticalSectionLocker lock(m_lock);
+    for (const BxSmartPointer<VoNode>& child : m_children)
+        child->setDataManager(manager);
+    m_dataManager.store(manager, std::memory_order_release);
+}
+
+bool VoNode::isDescendantOf(const VoNode* ancestor) const
+{
+    if (!ancestor)
+        return false;
+    for (BxSmartPointer<const VoNode> node = GetParent(); node; node = node->GetParent())
+        if (node.get() == ancestor)
+            return true;
+    return false;
+}
+
+bool VoNode::IsDescendantOf(BxSmartPointer<const VoNode> ancestor) const { return isDescendantOf(ancestor.get()); }
+
+// --- names, modification, data type ----------------------------------------
+
+void VoNode::SetName(const CStringW& name)
+{
+    if (IsManaged())
+        BX_THROW(BxException, "VoNode::SetName", L"node \"" + GetName() + L"\" is in a data tree");
+    BxCriticalSectionLocker lock(m_lock);
+    setName(name);
+}
+
+bool VoNode::isTrackModifications() const { return m_trackModificationMode == eTMM_Track; }
+
+bool VoNode::isModified() const { return isTrackModifications() && m_modified.load(std::memory_order_relaxed); }
+
+void VoNode::setModified(bool modified, bool recursive)
+{
+    m_modified.store(modified, std::memory_order_relaxed);
+    if (!recursive)
+        return;
+    BxCriticalSectionLocker lock(m_lock);
+    for (const BxSmartPointer<VoNode>& child : m_children)
+        child->setModified(modified, recursive);
+}
+
+void VoNode::SetModified(bool modified, bool recursive) { setModified(modified, recursive); }
+
+bool VoNode::IsModified(bool recursive) const
+{
+    if (!recursive || isModified())
+        return isModified();
+    BxCriticalSectionLocker lock(m_lock);
+    for (const BxSmartPointer<VoNode>& child : m_children)
+        if (child->IsModified(true))
+            return true;
+    return false;
+}
+
+bool VoNode::IsKindOfData(const BxRTTI& rtti) const
+{
+    const BxRTTI* data = getRTTIData();
+    return data && data->IsKindOf(rtti);
+}
+
+// --- counters ----------------------------------------------------------------
+
+void VoNode::incrementReadCounter(unsigned int threadId)
+{
+    BxCriticalSectionLocker lock(m_lock);
+    for (const BxSmartPointer<VoNode>& child : m_children)
+        child->incrementReadCounter(threadId);
+    ++m_threadManager[threadId].readCount;
+    if (++m_totalRead == 1 && m_totalWrite == 0)
+        m_unlockedEvent.Reset();
+}
+
+void VoNode::incrementWriteCounter(unsigned int threadId)
+{
+    BxCriticalSectionLocker lock(m_lock);
+    for (const BxSmartPointer<VoNode>& child : m_children)
+        child->incrementWriteCounter(threadId);
+    ++m_threadManager[threadId].writeCount;
+    if (++m_totalWrite == 1)
+        m_unlockedEvent.Reset();
+}
+
+void VoNode::decrementReadCounter(unsigned int threadId)
+{
+    BxCriticalSectionLocker lock(m_lock);
+    const auto entry = m_threadManager.find(threadId);
+    if (entry == m_threadManager.end() || entry->second.readCount == 0)
+        return;
+    for (const BxSmartPointer<VoNode>& child : m_children)
+        child->decrementReadCounter(threadId);
+    --entry->second.readCount;
+    if (--m_totalRead == 0)
+        m_unlockedEvent.Set();
+}
+
+void VoNode::decrementWriteCounter(unsigned int threadId)
+{
+    BxCriticalSectionLocker lock(m_lock);
+    const auto entry = m_threadManager.find(threadId);
+    if (entry == m_threadManager.end() || entry->second.writeCount == 0)
+        return;
+    for (const BxSmartPointer<VoNode>& child : m_children)
+        child->decrementWriteCounter(threadId);
+    --entry->second.writeCount;
+    if (--m_totalWrite == 0)
+        m_unlockedEvent.Set();
+}
+
+void VoNode::adaptCounters(const VoNode& from)
+{
+    std::scoped_lock lock(from.m_lock, m_lock);
+    m_totalRead = from.m_totalRead;
+    m_totalWrite = from.m_totalWrite;
+    if (&from != this)
+        for (const auto& [thread, counts] : from.m_threadManager)
+            m_threadManager[thread] = counts;
+    if (m_totalRead > 0 || m_totalWrite > 0)
+        m_unlockedEvent.Reset();
+    else
+        m_unlockedEvent.Set();
+    for (const BxSmartPointer<VoNode>& child : m_children)
+        child->adaptCounters(*this);
+}
+
+void VoNode::resetReadWriteCounters(std::uint32_t read, std::uint32_t write)
+{
+    const unsigned int caller = currentThreadId();
+    BxCriticalSectionLocker lock(m_lock);
+    for (auto& [thread, counts] : m_threadManager)
+        counts = SReadWriteCount{};
+    m_threadManager[caller] = SReadWriteCount{read, write};
+    m_totalRead = read;
+    m_totalWrite = write;
+    for (const BxSmartPointer<VoNode>& child : m_children)
+        child->resetReadWriteCounters(read, write);
+    if (read == 0 && write == 0)
+        m_unlockedEvent.Set();
+    else
+        m_unlockedEvent.Reset();
+}
+
+bool VoNode::isLocked() const
+{
+    BxCriticalSectionLocker lock(m_lock);
+    return m_totalRead > 0 || m_totalWrite > 0;
+}
+
+bool VoNode::isReadLocked() const
+{
+    BxCriticalSectionLocker lock(m_lock);
+    return m_totalRead > 0;
+}
+
+bool VoNode::isWriteLocked() const
+{
+    BxCriticalSectionLocker lock(m_lock);
+    return m_totalWrite > 0;
+}
+
+// --- traversal and dump -----------------------------------------------------
+
+void VoNode::ApplyRecursive(std::function<void(BxSmartPointer<VoNode>)> f)
+{
+    if (f)
+        applyRecursive(f);
+}
+
+void VoNode::ApplyRecursive(std::function<void(BxSmartPointer<const VoNode>)> f) const
+{
+    if (f)
+        applyRecursive(f);
+}
+
+void VoNode::applyRecursive(const std::function<void(BxSmartPointer<VoNode>)>& f)
+{
+    BxCriticalSectionLocker lock(m_lock);
+    f(BxSmartPointer<VoNode>(this));
+    // By index: f may add children to a node it visits (the lock is recursive).
+    for (std::size_t i = 0; i < m_children.size(); ++i) {
+        const BxSmartPointer<VoNode> child = m_children[i];  // f may also remove it
+        child->applyRecursive(f);
+    }
+}
+
+void VoNode::applyRecursive(const std::function<void(BxSmartPointer<const VoNode>)>& f) const
+{
+    BxCriticalSectionLocker lock(m_lock);
+    f(BxSmartPointer<const VoNode>(this));
+    for (std::size_t i = 0; i < m_children.size(); ++i) {
+        const BxSmartPointer<const VoNode> child = m_children[i];
+        child->applyRecursive(f);
+    }
+}
+
+void VoNode::dump(BxStreamWriteASCIIT<CStringW>& stream, int level) const
+{
+    BxCriticalSectionLocker lock(m_lock);
+    if (level > 0) {
+        for (int i = 0; i < level - 1; ++i)
+            stream << L" |  ";
+        stream << L" |-- ";
+    }
+    stream << GetName();
+    if (isModified())
+        stream << L" *";
+    stream << L" [" << GetRTTI().GetName() << L"]\n";
+    for (const BxSmartPointer<VoNode>& child : m_children)
+        child->dump(stream, level + 1);
+}
+
+void VoNode::dump(BxStreamWriteASCIIT<CStringW>& stream) const
+{
+    BxStreamWriteASCIIStringT<CStringW> text;
+    dump(text, 0);
+    stream << text.GetString();
+}
