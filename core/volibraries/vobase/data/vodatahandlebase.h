@@ -1,0 +1,80 @@
+// Base of the lock handles through which a thread asks a data manager for
+// read or write access to a node and its subtree.
+//
+//   VoDataHandleLockOnly<1> write(manager, node);      // requested here
+//   VoDataHandleLockOnly<0> read(manager, other);
+//   if (manager.TryLockAndWait(500))                    // both granted, or neither
+//       edit(node, other);
+//   // the destructors release the locks (or withdraw the requests)
+//
+// A handle belongs to the thread that made it: the manager keys all its
+// bookkeeping by that thread's identifier. The concrete handles are
+// VoDataHandleLockOnly<0> (read) and VoDataHandleLockOnly<1> (write).
+//
+// A handle is used by its own thread only; its fields need no lock.
+#pragma once
+
+#include <vobase/vobaseapi.h>
+
+#include <bxbase/bxtypes.h>
+
+#include <cstdint>
+
+class VoDataManager;
+class VoNode;
+
+class VOBASE_API VoDataHandleBase
+{
+public:
+    /// What a handle asks for.
+    enum EAccessRights
+    {
+        eAR_Read = 0,
+        eAR_Write = 1
+    };
+
+    /// A handle for `manager`, made by the calling thread, not yet granted.
+    explicit VoDataHandleBase(VoDataManager& manager);
+    VoDataHandleBase(const VoDataHandleBase&) = default;
+    VoDataHandleBase& operator=(const VoDataHandleBase&) = default;
+    virtual ~VoDataHandleBase() = default;
+
+    /// Read or write.
+    EAccessRights GetAccessRights() const { return getAccessRights(); }
+    /// True once the manager granted the request (and until it is released).
+    bool IsAccessGranted() const noexcept { return m_accessGranted; }
+    /// True when the manager released the handle on the thread's behalf
+    /// (when its node was moved or removed through another handle).
+    bool IsUsed() const noexcept { return m_used; }
+    /// True when the handle has a node that belongs to the handle's manager.
+    bool IsValid() const { return isValid(); }
+    /// Releases a granted handle early; nothing happens when it is not
+    /// granted or has no node.
+    void Unlock();
+
+    /// The manager the handle was made for.
+    VoDataManager& GetDataManager() const noexcept { return *m_manager; }
+    /// The identifier of the thread that made the handle.
+    std::uint32_t getThreadID() const noexcept { return m_threadId; }
+
+protected:
+    friend class VoDataManager;
+
+    virtual EAccessRights getAccessRights() const = 0;
+    virtual bool isValid() const = 0;
+    /// The handle's node, or null.
+    virtual const VoNode* getNode() const = 0;
+
+    void setAccessStatus(bool granted) noexcept { m_accessGranted = granted; }
+    void setUsed(bool used) noexcept { m_used = used; }
+
+    /// What a concrete handle's destructor calls: unlock when granted,
+    /// otherwise withdraw the request.
+    void release() noexcept;
+
+private:
+    VoDataManager* m_manager; ///< not owned
+    bool m_accessGranted = false;
+    std::uint32_t m_threadId;
+    bool m_used = false;
+};
