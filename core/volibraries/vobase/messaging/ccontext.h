@@ -1,0 +1,32 @@
+// What the message dispatcher tells its interceptors at a subscription
+// change: the handler and the type record (VoMessageCommand::RTTI for
+// command subscriptions).
+//
+//   void CAudit::OnSubscribe(const Messaging::CContext& c) override {
+//       log(c.GetMessageHandler()->GetName(), c.GetRTTI()->GetName());
+//   }
+#pragma once
+
+#include <vobase/vobaseapi.h>
+
+#include <bxbase/interceptor/icontext.h>
+
+class BxRTTI;
+class VoMessageHandlerBase;
+
+namespace Messaging {
+
+class VOBASE_API CContext : public Interceptor::IContext
+{
+public:
+    CContext(VoMessageHandlerBase* handler, const BxRTTI* rtti) noexcept : m_handler(handler), m_rtti(rtti) {}
+
+    VoMessageHandlerBase* GetMessageHandler() const noexcept { return m_handler; }
+    const BxRTTI* GetRTTI() const noexcept { return m_rtti; }
+
+private:
+    VoMessageHandlerBase* m_handler;
+    const BxRTTI* m_rtti;
+};
+
+}  // namespace Messaging
