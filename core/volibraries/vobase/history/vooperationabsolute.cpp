@@ -1,0 +1,3 @@
+#include <vobase/history/vooperationabsolute.h>
+
+BX_IMPLEMENT_RTTI_ABSTRACT(VoOperationAbsolute, &VoOperation::RTTI)
