@@ -1,0 +1,222 @@
+#include <bxbase/windows/bxmessagequeue.h>
+
+#include <bxbase/threading/bxblockingscope.h>
+#include <bxbase/windows/bxwindowtable.h>
+
+#include <algorithm>
+#include <chrono>
+#include <memory>
+#include <time.h>
+
+namespace
+{
+DWORD tickCount()
+{
+    timespec now{};
+    ::clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+    return static_cast<DWORD>(now.tv_sec * 1000 + now.tv_nsec / 1000000);
+}
+
+// Queues of ended threads, waiting for reuse. Never destroyed, so that the
+// queues stay reachable (and valid for stale posters) until the process ends.
+struct SSpareQueues
+{
+    std::mutex lock;
+    std::vector<BxMessageQueue*> spare; ///< guarded by lock
+};
+
+SSpareQueues& spareQueues()
+{
+    static auto* s_spare = new SSpareQueues;
+    return *s_spare;
+}
+
+thread_local BxMessageQueue* t_queue = nullptr; ///< the calling thread's queue, once made
+} // namespace
+
+// Owns the thread's queue for the thread's lifetime; at thread end it
+// destroys the thread's windows, closes the queue and hands it back.
+class BxMessageQueue::CThreadHolder
+{
+public:
+    ~CThreadHolder()
+    {
+        if (m_queue == nullptr)
+            return;
+        BxWindowTable::OnThreadEnd(*m_queue);
+        m_queue->close();
+        t_queue = nullptr;
+        SSpareQueues& spare = spareQueues();
+        std::lock_guard lock(spare.lock);
+        spare.spare.push_back(m_queue);
+    }
+
+    BxMessageQueue* get() const { return m_queue; }
+
+    BxMessageQueue& make()
+    {
+        if (m_queue == nullptr)
+        {
+            SSpareQueues& spare = spareQueues();
+            {
+                std::lock_guard lock(spare.lock);
+                if (!spare.spare.empty())
+                {
+                    m_queue = spare.spare.back();
+                    spare.spare.pop_back();
+                }
+            }
+            if (m_queue == nullptr)
+                m_queue = new BxMessageQueue; // kept for ever (see above)
+            m_queue->open(GetCurrentThreadId());
+        }
+        return *m_queue;
+    }
+
+private:
+    BxMessageQueue* m_queue = nullptr;
+};
+
+BxMessageQueue& BxMessageQueue::ForCurrentThread()
+{
+    if (t_queue == nullptr)
+    {
+        static thread_local CThreadHolder holder;
+        t_queue = &holder.make();
+    }
+    return *t_queue;
+}
+
+BxMessageQueue* BxMessageQueue::FindForCurrentThread()
+{
+    return t_queue;
+}
+
+bool BxMessageQueue::SFilter::Matches(const MSG& msg) const
+{
+    if (hwnd == reinterpret_cast<HWND>(static_cast<std::intptr_t>(-1)))
+    {
+        if (msg.hwnd != nullptr)
+            return false;
+    }
+    else if (hwnd != nullptr && msg.hwnd != hwnd)
+        return false;
+    return (min == 0 && max == 0) || (msg.message >= min && msg.message <= max);
+}
+
+void BxMessageQueue::open(DWORD threadId)
+{
+    std::lock_guard lock(m_lock);
+    m_threadId = threadId;
+    m_closed = false;
+}
+
+void BxMessageQueue::close()
+{
+    std::lock_guard lock(m_lock);
+    m_closed = true;
+    m_threadId = 0;
+    m_messages.clear();
+    m_quitPending = false;
+    m_windows.clear();
+}
+
+DWORD BxMessageQueue::GetThreadId() const
+{
+    std::lock_guard lock(m_lock);
+    return m_threadId;
+}
+
+bool BxMessageQueue::Post(const MSG& msg, const std::atomic<std::uint32_t>* generation, std::uint32_t expected)
+{
+    bool wake;
+    {
+        std::lock_guard lock(m_lock);
+        if (m_closed || (generation != nullptr && generation->load(std::memory_order_acquire) != expected))
+            return false;
+        m_messages.push_back(msg);
+        m_messages.back().time = tickCount();
+        ++m_sequence;
+        wake = m_waiters > 0;
+    }
+    if (wake)
+        m_posted.notify_one();
+    return true;
+}
+
+void BxMessageQueue::PostQuit(int exitCode)
+{
+    bool wake;
+    {
+        std::lock_guard lock(m_lock);
+        m_quitPending = true;
+        m_quitCode = exitCode;
+        ++m_sequence;
+        wake = m_waiters > 0;
+    }
+    if (wake)
+        m_posted.notify_one();
+}
+
+bool BxMessageQueue::Retrieve(MSG& msg, const SFilter& filter, ERemove remove, DWORD timeoutMs)
+{
+    using Clock = std::chrono::steady_clock;
+    const auto deadline = Clock::now() + std::chrono::milliseconds(timeoutMs == INFINITE ? 0 : timeoutMs);
+    std::unique_ptr<BxBlockingScope> blocking; // opened at the first real wait
+
+    std::unique_lock lock(m_lock);
+    for (;;)
+    {
+        auto it = std::find_if(m_messages.begin(), m_messages.end(), [&](const MSG& m) { return filter.Matches(m); });
+        if (it != m_messages.end())
+        {
+            msg = *it;
+            bool keep = remove == eKeep || (remove == eRemoveUnlessQuit && msg.message == WM_QUIT);
+            if (!keep)
+                m_messages.erase(it);
+            return true;
+        }
+        if (m_quitPending)
+        {
+            msg = MSG{nullptr, WM_QUIT, static_cast<WPARAM>(static_cast<std::int64_t>(m_quitCode)), 0, tickCount(), {0, 0}};
+            if (remove == eRemove)
+                m_quitPending = false;
+            return true;
+        }
+        if (timeoutMs == 0)
+            return false;
+
+        if (!blocking)
+        {
+            lock.unlock(); // the pool's hook takes its own lock
+            blocking = std::make_unique<BxBlockingScope>();
+            lock.lock();
+            continue; // look again: something may have arrived meanwhile
+        }
+        const std::uint64_t seen = m_sequence;
+        ++m_waiters;
+        auto arrived = [&] { return m_sequence != seen; };
+        bool woke = true;
+        if (timeoutMs == INFINITE)
+            m_posted.wait(lock, arrived);
+        else
+            woke = m_posted.wait_until(lock, deadline, arrived);
+        --m_waiters;
+        if (!woke)
+            return false;
+    }
+}
+
+void BxMessageQueue::Invalidate(std::atomic<std::uint32_t>& generation, std::uint32_t newGeneration, HWND hwnd)
+{
+    std::lock_guard lock(m_lock);
+    generation.store(newGeneration, std::memory_order_release);
+    m_messages.erase(std::remove_if(m_messages.begin(), m_messages.end(), [hwnd](const MSG& m) { return m.hwnd == hwnd; }),
+                     m_messages.end());
+}
+
+std::size_t BxMessageQueue::GetCount() const
+{
+    std::lock_guard lock(m_lock);
+    return m_messages.size();
+}

@@ -1,0 +1,121 @@
+// Types and constants of the message-window layer, named and numbered as in
+// Win32 so that code written against the Win32 message API ports as it is.
+//
+//   LRESULT proc(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam);
+//   MSG msg;
+//   while (GetMessageW(&msg, nullptr, 0, 0) > 0) DispatchMessageW(&msg);
+//
+// HWND is an opaque handle: it names a window by a slot and a generation, so
+// a handle of a destroyed window stays harmless (every call rejects it with
+// ERROR_INVALID_WINDOW_HANDLE) and is never reused for another window.
+// See bxwindowsapi.h for the functions.
+#pragma once
+
+#include <bxbase/bxtypes.h>
+#include <bxbase/threading/bxthreadapi.h>
+
+#include <cstdint>
+
+struct HWND__;
+using HWND = HWND__*;            ///< opaque window handle; null = no window
+struct HINSTANCE__;
+using HINSTANCE = HINSTANCE__*;  ///< module handle (one pseudo handle: GetModuleHandleW(nullptr))
+using HMODULE = HINSTANCE;
+
+using UINT = unsigned int;
+using WPARAM = std::uint64_t;
+using LPARAM = std::int64_t;
+using ATOM = std::uint16_t;
+using LONG_PTR = std::intptr_t;
+using LPCWSTR = const wchar_t*;
+using LPVOID = void*;
+
+/// A window procedure: handles one message for one window.
+using WNDPROC = LRESULT (*)(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam);
+
+struct POINT
+{
+    std::int32_t x;
+    std::int32_t y;
+};
+
+/// A queued message. `time` is the monotonic clock in milliseconds when it was posted.
+struct MSG
+{
+    HWND hwnd;
+    UINT message;
+    WPARAM wParam;
+    LPARAM lParam;
+    DWORD time;
+    POINT pt;
+};
+
+/// Window class description (80 bytes on 64-bit systems, as in Win32). Only
+/// cbSize, lpfnWndProc, hInstance and lpszClassName are used; cbSize must be
+/// sizeof(WNDCLASSEXW).
+struct WNDCLASSEXW
+{
+    UINT cbSize;
+    UINT style;
+    WNDPROC lpfnWndProc;
+    int cbClsExtra;
+    int cbWndExtra;
+    HINSTANCE hInstance;
+    void* hIcon;
+    void* hCursor;
+    void* hbrBackground;
+    LPCWSTR lpszMenuName;
+    LPCWSTR lpszClassName;
+    void* hIconSm;
+};
+
+/// What WM_CREATE carries in lParam (a pointer to this structure).
+struct CREATESTRUCTW
+{
+    LPVOID lpCreateParams; ///< the creation parameter of CreateWindowExW
+    HINSTANCE hInstance;
+    void* hMenu;
+    HWND hwndParent;
+    int cy;
+    int cx;
+    int y;
+    int x;
+    std::int32_t style;
+    LPCWSTR lpszName;
+    LPCWSTR lpszClass;
+    DWORD dwExStyle;
+};
+
+// Message numbers.
+inline constexpr UINT WM_NULL = 0x0000;
+inline constexpr UINT WM_CREATE = 0x0001;  ///< sent (synchronously) while CreateWindowExW runs; -1 refuses
+inline constexpr UINT WM_DESTROY = 0x0002; ///< sent (synchronously) while DestroyWindow runs
+inline constexpr UINT WM_CLOSE = 0x0010;
+inline constexpr UINT WM_QUIT = 0x0012;    ///< ends GetMessageW (it returns 0); wParam = exit code
+inline constexpr UINT WM_TIMER = 0x0113;
+inline constexpr UINT WM_COMMAND = 0x0111;
+inline constexpr UINT WM_USER = 0x0400;    ///< first number free for a window class's own messages
+inline constexpr UINT WM_APP = 0x8000;     ///< first number free for an application's own messages
+
+// PeekMessageW flags.
+inline constexpr UINT PM_NOREMOVE = 0x0000;
+inline constexpr UINT PM_REMOVE = 0x0001;
+
+// SetWindowLongPtrW / GetWindowLongPtrW indexes.
+inline constexpr int GWLP_WNDPROC = -4;
+inline constexpr int GWLP_USERDATA = -21;
+
+/// Parent handle that asks for a message-only window (every window of this layer is one).
+inline const HWND HWND_MESSAGE = reinterpret_cast<HWND>(static_cast<std::intptr_t>(-3));
+/// Default position and size.
+inline constexpr int CW_USEDEFAULT = static_cast<int>(0x80000000u);
+
+// Error codes of this layer (GetLastError), besides those of bxthreadapi.h.
+inline constexpr DWORD ERROR_INVALID_WINDOW_HANDLE = 1400;
+inline constexpr DWORD ERROR_CANNOT_FIND_WND_CLASS = 1407;
+inline constexpr DWORD ERROR_WINDOW_OF_OTHER_THREAD = 1408;
+inline constexpr DWORD ERROR_CLASS_ALREADY_EXISTS = 1410;
+inline constexpr DWORD ERROR_CLASS_DOES_NOT_EXIST = 1411;
+inline constexpr DWORD ERROR_CLASS_HAS_WINDOWS = 1412;
+inline constexpr DWORD ERROR_INVALID_INDEX = 1413;
+inline constexpr DWORD ERROR_NOT_SUPPORTED = 50;
