@@ -4,6 +4,7 @@
 #   ./vobase.sh demo     build (release) and run the demo program
 #   ./vobase.sh test     build (release) and run every test
 #   ./vobase.sh bench    build (release) and run the benchmarks
+#   ./vobase.sh report   build (release), run the benchmarks and write bench/REPORT.md
 #
 # Missing Debian packages are installed with apt-get when running as root;
 # otherwise the exact apt-get line is printed and the script stops.
@@ -15,7 +16,7 @@ PACKAGES=(cmake ninja-build g++ pkg-config zlib1g-dev liblzma-dev nlohmann-json3
 
 ensure_packages() {
     local missing=()
-    for p in "${PACKAGES[@]}"; do
+    for p in "${PACKAGES[@]}" "$@"; do
         dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
     done
     [ ${#missing[@]} -eq 0 ] && return 0
@@ -55,8 +56,13 @@ case "${1:-}" in
                 --benchmark_report_aggregates_only=true "$@"
         done
         ;;
+    report)
+        ensure_packages python3-matplotlib
+        build
+        python3 bench/report.py --build build/release
+        ;;
     *)
-        sed -n '2,9p' "$0"
+        sed -n '2,10p' "$0"
         exit 2
         ;;
 esac

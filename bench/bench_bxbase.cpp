@@ -36,6 +36,21 @@ void BM_StreamWriteInt32(benchmark::State& state)
 }
 BENCHMARK(BM_StreamWriteInt32);
 
+void BM_StreamWriteArrayInt32(benchmark::State& state)
+{
+    BxStreamWriteBinaryBuffer out(std::size_t(c_values) * 4);
+    std::vector<int> values(c_values);
+    for (int k = 0; k < c_values; ++k)
+        values[k] = k;
+    for (auto _ : state) {
+        out.Clear();
+        out.WriteArray(values.data(), values.size());
+        benchmark::DoNotOptimize(out.GetData());
+    }
+    state.SetBytesProcessed(state.iterations() * c_values * 4);
+}
+BENCHMARK(BM_StreamWriteArrayInt32);
+
 void BM_VectorAppendInt32(benchmark::State& state)
 {
     std::vector<std::byte> out;

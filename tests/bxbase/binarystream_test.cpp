@@ -149,3 +149,19 @@ TEST(BxStreamBinary, ChunksRecreateObjectsByClassName)
     BxStreamReadBinaryBuffer tooLongIn(tooLong.GetData(), tooLong.GetCount());
     EXPECT_THROW(tooLongIn.ReadChunk(), BxExceptionStream);
 }
+
+TEST(BxStreamBinary, ArraysMatchSingleValues)
+{
+    const std::vector<short> values = {1, -2, 300, -32768};
+    BxStreamWriteBinaryBuffer array;
+    array.WriteArray(values.data(), values.size());
+    BxStreamWriteBinaryBuffer single;
+    for (short v : values)
+        single << v;
+    EXPECT_EQ(bytes(array), bytes(single));
+    BxStreamReadBinaryBuffer in(single.GetData(), single.GetCount());
+    std::vector<short> back(4);
+    in.ReadArray(back.data(), back.size());
+    EXPECT_EQ(back, values);
+    EXPECT_THROW(in.ReadArray(back.data(), 1), BxExceptionStream);
+}

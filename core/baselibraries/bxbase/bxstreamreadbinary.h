@@ -44,6 +44,15 @@ public:
         return readSlow(data, count);
     }
 
+    /// Reads `count` values written by WriteArray (or by single writes) with one
+    /// copy; throws BxExceptionStream when the data ends first.
+    template <class T>
+    void ReadArray(T* values, std::size_t count)
+    {
+        static_assert(std::is_arithmetic_v<T> && !std::is_same_v<T, bool>, "plain numbers only");
+        ReadExactly(values, count * sizeof(T), "BxStreamReadBinary::ReadArray");
+    }
+
     /// Reads a version word and returns it; throws BxExceptionWrongFileVersion
     /// when it is greater than `maxVersion`.
     unsigned int ReadAndCompareVersion(unsigned int maxVersion);

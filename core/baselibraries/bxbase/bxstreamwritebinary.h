@@ -43,6 +43,15 @@ public:
         }
     }
 
+    /// Writes `count` values in a row, exactly as `count` single writes would,
+    /// but with one copy (the targets are little-endian, like the format).
+    template <class T>
+    void WriteArray(const T* values, std::size_t count)
+    {
+        static_assert(std::is_arithmetic_v<T> && !std::is_same_v<T, bool>, "plain numbers only");
+        WriteBuffer(values, count * sizeof(T));
+    }
+
     /// Writes a version word (u32).
     void WriteVersion(unsigned int version) { *this << static_cast<std::uint32_t>(version); }
 

@@ -1,0 +1,152 @@
+#!/usr/bin/env python3
+"""Runs every benchmark program and writes bench/REPORT.md with charts.
+
+    python3 bench/report.py [--build build/release] [--repetitions 3] [--filter REGEX]
+
+Each program runs with random interleaving and repetitions; the report quotes
+medians. bench/peers.json pairs each of our figures with the peer measured in
+the same program, states the goal as a ratio and says which direction is
+better; the report shows the ratio and whether the goal is met, and draws one
+PNG chart of the ratios per program (matplotlib).
+"""
+import argparse
+import json
+import os
+import re
+import subprocess
+import sys
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+
+
+def run_program(path, repetitions, bench_filter):
+    out = path + ".json"
+    args = [path, "--benchmark_enable_random_interleaving=true",
+            f"--benchmark_repetitions={repetitions}", "--benchmark_report_aggregates_only=true",
+            "--benchmark_format=console", f"--benchmark_out={out}", "--benchmark_out_format=json"]
+    if bench_filter:
+        args.append(f"--benchmark_filter={bench_filter}")
+    print(f"running {os.path.basename(path)}", file=sys.stderr, flush=True)
+    subprocess.run(args, check=True, stdout=subprocess.DEVNULL)
+    with open(out) as f:
+        data = json.load(f)
+    os.remove(out)
+    medians = {}
+    for b in data.get("benchmarks", []):
+        if b.get("aggregate_name") == "median":
+            medians[b["run_name"]] = b
+    return medians
+
+
+def value_of(entry, metric):
+    """The figure of one benchmark: a counter, bytes_per_second, items_per_second or real_time in ns."""
+    if metric == "time":
+        scale = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}[entry.get("time_unit", "ns")]
+        return entry["real_time"] * scale
+    return entry.get(metric)
+
+
+def format_value(value, metric):
+    if value is None:
+        return "n/a"
+    if metric == "time":
+        for unit, scale in (("s", 1e9), ("ms", 1e6), ("us", 1e3)):
+            if value >= scale:
+                return f"{value / scale:.3g} {unit}"
+        return f"{value:.3g} ns"
+    if metric == "bytes_per_second":
+        return f"{value / 2**20:.4g} MiB/s"
+    if metric == "items_per_second":
+        return f"{value / 1e6:.4g} M/s"
+    return f"{value:.4g}"
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--build", default=os.path.join(HERE, "..", "build", "release"))
+    parser.add_argument("--repetitions", type=int, default=3)
+    parser.add_argument("--filter", default="")
+    args = parser.parse_args()
+
+    with open(os.path.join(HERE, "peers.json")) as f:
+        peers = json.load(f)
+    bench_dir = os.path.join(args.build, "bench")
+    programs = sorted(p for p in os.listdir(bench_dir) if p.startswith("bench_") and
+                      os.access(os.path.join(bench_dir, p), os.X_OK) and not p.endswith(".json"))
+    results = {p: run_program(os.path.join(bench_dir, p), args.repetitions, args.filter) for p in programs}
+
+    lines = ["# Benchmark report", ""]
+    lines += ["Medians of %d repetitions with random interleaving. Each of our figures stands "
+                         "beside its peer, measured in the same program. The ratio compares them as the "
+                         "goal does (see the goal column); \"met\" tells whether the goal holds in this run."
+                         % args.repetitions, ""]
+    charts = []
+    for program, rows in peers.items():
+        measured = results.get(program)
+        if measured is None:
+            continue
+        lines += [f"## {program}", "", "| figure | ours | peer | ratio | goal | met |", "|---|---|---|---|---|---|"]
+        labels, ratios, goals = [], [], []
+        for row in rows:
+            metric = row.get("metric", "time")
+            ours = measured.get(row["ours"])
+            peer = measured.get(row["peer"]) if row.get("peer") else None
+            ours_value = value_of(ours, metric) if ours else None
+            peer_value = value_of(peer, metric) if peer else None
+            ratio = None
+            if ours_value and peer_value:
+                ratio = ours_value / peer_value
+            goal = row.get("goal")
+            better = row.get("better", "lower")
+            met = ""
+            if ratio is not None and goal is not None:
+                met = "yes" if (ratio <= goal if better == "lower" else ratio >= goal) else "no"
+            goal_text = "" if goal is None else ("<= %gx" % goal if better == "lower" else ">= %gx" % goal)
+            lines.append(f"| {row['label']} | {format_value(ours_value, metric)} | "
+                         f"{format_value(peer_value, metric) if row.get('peer') else ''} | "
+                         f"{'' if ratio is None else '%.2fx' % ratio} | {goal_text} | {met} |")
+            if ratio is not None:
+                labels.append(row["label"])
+                ratios.append(ratio)
+                goals.append(goal)
+        lines.append("")
+        if ratios:
+            chart = draw_chart(program, labels, ratios, goals)
+            if chart:
+                lines += [f"![{program}]({os.path.basename(chart)})", ""]
+                charts.append(chart)
+    with open(os.path.join(HERE, "REPORT.md"), "w") as f:
+        f.write("\n".join(lines) + "\n")
+    print(f"wrote {os.path.join(HERE, 'REPORT.md')} and {len(charts)} charts", file=sys.stderr)
+
+
+def draw_chart(program, labels, ratios, goals):
+    try:
+        import matplotlib
+        matplotlib.use("Agg")
+        import matplotlib.pyplot as plt
+    except ImportError:
+        print("matplotlib is missing: no charts (apt-get install python3-matplotlib)", file=sys.stderr)
+        return None
+    height = 0.45 * len(labels) + 1.2
+    fig, ax = plt.subplots(figsize=(8, height))
+    y = range(len(labels))
+    ax.barh(list(y), ratios, color="#4c72b0")
+    for k, goal in enumerate(goals):
+        if goal is not None:
+            ax.plot([goal, goal], [k - 0.4, k + 0.4], color="#c44e52", linewidth=2)
+    ax.axvline(1.0, color="grey", linestyle=":")
+    ax.set_yticks(list(y))
+    ax.set_yticklabels(labels, fontsize=8)
+    ax.invert_yaxis()
+    ax.set_xlabel("ratio to the peer (red: goal)")
+    ax.set_title(program)
+    fig.tight_layout()
+    path = os.path.join(HERE, f"report_{program}.png")
+    fig.savefig(path, dpi=100)
+    plt.close(fig)
+    return path
+
+
+if __name__ == "__main__":
+    main()
