@@ -29,7 +29,6 @@ VoNode::VoNode(const wchar_t* name, bool serializeLeaves, ETrackModificationMode
       m_parentLock(&m_lock)
 {
     m_threadManager.max_load_factor(c_threadLoadFactor);
-    m_threadManager.rehash(c_threadBuckets);
 }
 
 VoNode::~VoNode()
@@ -223,12 +222,37 @@ bool VoNode::IsKindOfData(const BxRTTI& rtti) const
 
 // --- counters ----------------------------------------------------------------
 
+// Entries are never erased and the map's elements never move, so the entry
+// last used stays valid for the node's lifetime.
+VoNode::SReadWriteCount& VoNode::entryFor(unsigned int threadId)
+{
+    if (!m_lastEntry || m_lastThread != threadId) {
+        if (m_threadManager.bucket_count() < c_threadBuckets)
+            m_threadManager.rehash(c_threadBuckets);  // the buckets come with the first entry
+        m_lastEntry = &m_threadManager[threadId];
+        m_lastThread = threadId;
+    }
+    return *m_lastEntry;
+}
+
+VoNode::SReadWriteCount* VoNode::findEntry(unsigned int threadId)
+{
+    if (m_lastEntry && m_lastThread == threadId)
+        return m_lastEntry;
+    const auto found = m_threadManager.find(threadId);
+    if (found == m_threadManager.end())
+        return nullptr;
+    m_lastThread = threadId;
+    m_lastEntry = &found->second;
+    return m_lastEntry;
+}
+
 void VoNode::incrementReadCounter(unsigned int threadId)
 {
     BxCriticalSectionLocker lock(m_lock);
     for (const BxSmartPointer<VoNode>& child : m_children)
         child->incrementReadCounter(threadId);
-    ++m_threadManager[threadId].readCount;
+    ++entryFor(threadId).readCount;
     if (++m_totalRead == 1 && m_totalWrite == 0)
         m_unlockedEvent.Reset();
 }
@@ -238,7 +262,7 @@ void VoNode::incrementWriteCounter(unsigned int threadId)
     BxCriticalSectionLocker lock(m_lock);
     for (const BxSmartPointer<VoNode>& child : m_children)
         child->incrementWriteCounter(threadId);
-    ++m_threadManager[threadId].writeCount;
+    ++entryFor(threadId).writeCount;
     if (++m_totalWrite == 1)
         m_unlockedEvent.Reset();
 }
@@ -246,12 +270,12 @@ void VoNode::incrementWriteCounter(unsigned int threadId)
 void VoNode::decrementReadCounter(unsigned int threadId)
 {
     BxCriticalSectionLocker lock(m_lock);
-    const auto entry = m_threadManager.find(threadId);
-    if (entry == m_threadManager.end() || entry->second.readCount == 0)
+    SReadWriteCount* entry = findEntry(threadId);
+    if (!entry || entry->readCount == 0)
         return;
     for (const BxSmartPointer<VoNode>& child : m_children)
         child->decrementReadCounter(threadId);
-    --entry->second.readCount;
+    --entry->readCount;
     if (--m_totalRead == 0)
         m_unlockedEvent.Set();
 }
@@ -259,12 +283,12 @@ void VoNode::decrementReadCounter(unsigned int threadId)
 void VoNode::decrementWriteCounter(unsigned int threadId)
 {
     BxCriticalSectionLocker lock(m_lock);
-    const auto entry = m_threadManager.find(threadId);
-    if (entry == m_threadManager.end() || entry->second.writeCount == 0)
+    SReadWriteCount* entry = findEntry(threadId);
+    if (!entry || entry->writeCount == 0)
         return;
     for (const BxSmartPointer<VoNode>& child : m_children)
         child->decrementWriteCounter(threadId);
-    --entry->second.writeCount;
+    --entry->writeCount;
     if (--m_totalWrite == 0)
         m_unlockedEvent.Set();
 }
@@ -276,7 +300,7 @@ void VoNode::adaptCounters(const VoNode& from)
     m_totalWrite = from.m_totalWrite;
     if (&from != this)
         for (const auto& [thread, counts] : from.m_threadManager)
-            m_threadManager[thread] = counts;
+            entryFor(thread) = counts;
     if (m_totalRead > 0 || m_totalWrite > 0)
         m_unlockedEvent.Reset();
     else
@@ -291,7 +315,7 @@ void VoNode::resetReadWriteCounters(std::uint32_t read, std::uint32_t write)
     BxCriticalSectionLocker lock(m_lock);
     for (auto& [thread, counts] : m_threadManager)
         counts = SReadWriteCount{};
-    m_threadManager[caller] = SReadWriteCount{read, write};
+    entryFor(caller) = SReadWriteCount{read, write};
     m_totalRead = read;
     m_totalWrite = write;
     for (const BxSmartPointer<VoNode>& child : m_children)

@@ -196,6 +196,10 @@ private:
     /// Writes this node's line at `level` and then its children's.
     void dump(BxStreamWriteASCIIT<CStringW>& stream, int level) const;
 
+    /// The thread's entry, created when missing (node lock held).
+    SReadWriteCount& entryFor(unsigned int threadId);
+    /// The thread's entry or null (node lock held).
+    SReadWriteCount* findEntry(unsigned int threadId);
     /// Takes a reference to the parent with the parent-link protocol.
     BxSmartPointer<VoNode> parentReference() const;
     /// Locks the parent link's current guard; returns the lock taken.
@@ -221,6 +225,10 @@ private:
     std::uint32_t m_totalRead = 0;
     /// Guarded by m_lock.
     std::uint32_t m_totalWrite = 0;
+    /// The entry of m_threadManager used last, and its thread; guarded by m_lock.
+    /// (Kept beside the counters: they share the node's hot cache lines.)
+    SReadWriteCount* m_lastEntry = nullptr;
+    unsigned int m_lastThread = 0;
     /// Guarded by m_lock.
     ThreadManager m_threadManager;
 };
