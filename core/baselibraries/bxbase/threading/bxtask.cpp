@@ -13,14 +13,35 @@ bool BxTask::markQueued()
 {
     if (!transition(eIdle, eQueued))
         return false;
-    m_terminated.Reset();
+    setTerminated(false);
     return true;
 }
 
 void BxTask::cancel()
 {
     if (transition(eQueued, eIdle))
-        m_terminated.Set();
+        setTerminated(true);
+}
+
+void BxTask::setTerminated(bool terminated)
+{
+    std::lock_guard lock(m_eventLock);
+    m_hasRun = terminated;
+    if (m_terminated)
+    {
+        if (terminated)
+            m_terminated->Set();
+        else
+            m_terminated->Reset();
+    }
+}
+
+BxEvent BxTask::GetTerminationEvent() const
+{
+    std::lock_guard lock(m_eventLock);
+    if (!m_terminated)
+        m_terminated.emplace(m_hasRun);
+    return *m_terminated;
 }
 
 void BxTask::Run()
@@ -38,7 +59,7 @@ void BxTask::runClaimed()
         ~SFinish()
         {
             task.m_state.store(eIdle, std::memory_order_release);
-            task.m_terminated.Set();
+            task.setTerminated(true);
         }
     } finish{*this};
 
@@ -66,5 +87,10 @@ bool BxTask::WaitUntilTerminate(DWORD timeoutMs)
         BxThreadPool::runTask(*this);
         return true;
     }
-    return m_terminated.Wait(timeoutMs);
+    {
+        std::lock_guard lock(m_eventLock);
+        if (m_hasRun)
+            return true;
+    }
+    return GetTerminationEvent().Wait(timeoutMs);
 }

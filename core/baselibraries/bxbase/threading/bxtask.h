@@ -28,6 +28,8 @@
 
 #include <atomic>
 #include <exception>
+#include <mutex>
+#include <optional>
 
 class BXBASE_API BxTask : public BxReferenceCountedObject
 {
@@ -51,8 +53,9 @@ public:
     /// Waits until the task has run (true) or timeoutMs passed (false).
     bool WaitUntilTerminate(DWORD timeoutMs = INFINITE);
 
-    /// The termination event (a copy sharing the state).
-    BxEvent GetTerminationEvent() const { return m_terminated; }
+    /// The termination event (a copy sharing the state). It is made on first
+    /// request, so a task nobody waits for costs no event.
+    BxEvent GetTerminationEvent() const;
 
     /// What the last run() returned (false before the first run and after an exception).
     bool GetResult() const { return m_result.load(std::memory_order_acquire); }
@@ -79,8 +82,12 @@ private:
     bool transition(EState from, EState to);
     /// Runs a claimed task.
     void runClaimed();
+    /// Marks the task terminated (or not) and sets (resets) the event if it exists.
+    void setTerminated(bool terminated);
 
     std::atomic<int> m_state{eIdle};
     std::atomic<bool> m_result{false};
-    BxEvent m_terminated;
+    mutable std::mutex m_eventLock;              ///< guards m_terminated and m_hasRun
+    mutable std::optional<BxEvent> m_terminated; ///< made on first request
+    bool m_hasRun = false;                       ///< the state the event shows
 };

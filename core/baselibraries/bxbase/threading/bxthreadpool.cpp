@@ -5,6 +5,7 @@
 #include <bxbase/threading/bxblockingscope.h>
 
 #include <algorithm>
+#include <chrono>
 #include <pthread.h>
 #include <system_error>
 
@@ -41,12 +42,14 @@ BxThreadPool::~BxThreadPool()
     {
         std::lock_guard lock(m_lock);
         m_stopping = true;
+        m_stoppingFlag.store(true, std::memory_order_relaxed);
         for (auto& queue : m_queues)
         {
             for (auto& task : queue)
                 task->cancel();
             queue.clear();
         }
+        m_queuedCount.store(0, std::memory_order_relaxed);
     }
     m_wake.notify_all();
     // Workers blocked in a task may still start compensating workers until
@@ -83,6 +86,7 @@ bool BxThreadPool::AddTask(BxSmartPointer<BxTask> task, int priority)
             return false;
         }
         m_queues[priority].push_back(std::move(task));
+        m_queuedCount.fetch_add(1, std::memory_order_relaxed);
         wakeOne = m_idle > 0;
         if (!wakeOne)
             growLocked();
@@ -182,6 +186,21 @@ void BxThreadPool::reapLocked()
     }
 }
 
+bool BxThreadPool::spinForWork(std::unique_lock<std::mutex>& lock)
+{
+    // Tasks often come in bursts: a short spin outside the lock lets the
+    // producer add without waking a sleeping worker (a system call each).
+    lock.unlock();
+    bool found = false;
+    for (unsigned i = 0; i < kSpinRounds && !found; ++i)
+    {
+        std::this_thread::yield(); // on a busy machine the producer may need this core
+        found = m_queuedCount.load(std::memory_order_relaxed) > 0 || m_stoppingFlag.load(std::memory_order_relaxed);
+    }
+    lock.lock();
+    return found;
+}
+
 BxSmartPointer<BxTask> BxThreadPool::popLocked()
 {
     for (int priority = ePriorityHigh; priority >= ePriorityLow; --priority)
@@ -191,6 +210,7 @@ BxSmartPointer<BxTask> BxThreadPool::popLocked()
         {
             BxSmartPointer<BxTask> task = std::move(queue.front());
             queue.pop_front();
+            m_queuedCount.fetch_sub(1, std::memory_order_relaxed);
             return task;
         }
     }
@@ -214,6 +234,8 @@ void BxThreadPool::workerMain(SWorker* self)
         {
             if (m_stopping)
                 break;
+            if (spinForWork(lock))
+                continue;
             ++m_idle;
             m_wake.wait(lock);
             --m_idle;

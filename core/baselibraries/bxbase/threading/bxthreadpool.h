@@ -25,7 +25,9 @@
 // queued are dropped without running, their termination events set; running
 // tasks are waited for, then every worker is joined.
 //
-// Locks: m_lock guards the queues, the thread list and every counter.
+// Locks: m_lock guards the queues, the thread list and every counter;
+// m_queuedCount and m_stoppingFlag mirror them as atomics (written under the
+// lock) for workers that spin outside it.
 #pragma once
 
 #include <bxbase/bxbaseapi.h>
@@ -33,6 +35,7 @@
 #include <bxbase/threading/bxtask.h>
 
 #include <array>
+#include <atomic>
 #include <condition_variable>
 #include <cstddef>
 #include <deque>
@@ -87,6 +90,8 @@ private:
     static void onBlocking(void* pool, bool blocked);
 
     void workerMain(SWorker* self);
+    /// Waits briefly, without the lock, for work; true when some arrived.
+    bool spinForWork(std::unique_lock<std::mutex>& lock);
     BxSmartPointer<BxTask> popLocked();
     bool hasWorkLocked() const;
     /// Starts a worker when work is queued and too few workers are unblocked.
@@ -102,4 +107,7 @@ private:
     unsigned m_blocked = 0;     ///< workers inside a blocking wait
     unsigned m_idle = 0;        ///< workers waiting for work
     bool m_stopping = false;
+    std::atomic<std::size_t> m_queuedCount{0}; ///< mirror of the queues' size for spinning workers
+    std::atomic<bool> m_stoppingFlag{false};    ///< mirror of m_stopping for spinning workers
+    static constexpr unsigned kSpinRounds = 64;
 };

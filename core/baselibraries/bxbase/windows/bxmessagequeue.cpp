@@ -5,7 +5,7 @@
 
 #include <algorithm>
 #include <chrono>
-#include <memory>
+#include <optional>
 #include <time.h>
 
 namespace
@@ -162,7 +162,7 @@ bool BxMessageQueue::Retrieve(MSG& msg, const SFilter& filter, ERemove remove, D
 {
     using Clock = std::chrono::steady_clock;
     const auto deadline = Clock::now() + std::chrono::milliseconds(timeoutMs == INFINITE ? 0 : timeoutMs);
-    std::unique_ptr<BxBlockingScope> blocking; // opened at the first real wait
+    std::optional<BxBlockingScope> blocking; // opened at the first real wait
 
     std::unique_lock lock(m_lock);
     for (;;)
@@ -189,7 +189,7 @@ bool BxMessageQueue::Retrieve(MSG& msg, const SFilter& filter, ERemove remove, D
         if (!blocking)
         {
             lock.unlock(); // the pool's hook takes its own lock
-            blocking = std::make_unique<BxBlockingScope>();
+            blocking.emplace();
             lock.lock();
             continue; // look again: something may have arrived meanwhile
         }
