@@ -139,6 +139,7 @@ public:
     std::atomic<LRESULT> answer{1};
     std::function<void(const VoMessage&)> onMessage;           // set before messages flow
     std::function<void()> onSignalPost, onSignalSend;           // called after each wake-up is posted
+    std::function<void()> onSendAnswered;                       // called after a send's answer is in
     std::atomic<int> applicationMessages{0}, userMessages{0}, registeredMessages{0}, systemMessages{0};
 
     using Base::handleMessage;
@@ -163,6 +164,12 @@ protected:
         if (onMessage)
             onMessage(message);
         return answer.load();
+    }
+    void processSendNotification(VoSendNotification& notification) override
+    {
+        Base::processSendNotification(notification);
+        if (onSendAnswered)
+            onSendAnswered();
     }
     void signalPostNotification() override
     {

@@ -26,6 +26,7 @@ TEST_F(VoMessageDispatcherTest, SendWithoutSubscribersReturnsZero)
 
 TEST_F(VoMessageDispatcherTest, SendCollectsEveryAnswerInArrivalOrder)
 {
+    BxEvent secondAnswered;  // declared first: it outlives the handlers' threads
     CThreadedRecorder first(L"SendFirst"), second(L"SendSecond");
     first.answer = 11;
     second.answer = 22;
@@ -35,8 +36,7 @@ TEST_F(VoMessageDispatcherTest, SendCollectsEveryAnswerInArrivalOrder)
     second.Subscribe(CMsgA::RTTI);
 
     // The first handler answers only after the second one has: 22 arrives first.
-    BxEvent secondAnswered;
-    second.onMessage = [&](const VoMessage&) { secondAnswered.Set(); };
+    second.onSendAnswered = [&] { secondAnswered.Set(); };
     first.onMessage = [&](const VoMessage&) { secondAnswered.Wait(); };
     Results results{5};
     EXPECT_EQ(VoMessageDispatcher::SendMessageW(CMsgB(1), results), 11);
@@ -148,11 +148,11 @@ TEST_F(VoMessageDispatcherTest, RegistryFollowsSubscriptionsAndUnsubscribeAll)
 
 TEST_F(VoMessageDispatcherTest, UnsubscribePurgesQueuedMessagesAndReleasesSenders)
 {
+    BxEvent entered, gate, sendQueued;
     CThreadedRecorder handler(L"Purged");
     ASSERT_TRUE(handler.StartAndWait());
     handler.Subscribe(CMsgA::RTTI);
     handler.Subscribe(CMsgC::RTTI);
-    BxEvent entered, gate, sendQueued;
     handler.onMessage = [&](const VoMessage& m) {
         if (m.IsKindOf(CMsgC::RTTI) && static_cast<const CMsgC&>(m).value == 0)
         {
@@ -184,10 +184,10 @@ TEST_F(VoMessageDispatcherTest, UnsubscribePurgesQueuedMessagesAndReleasesSender
 
 TEST_F(VoMessageDispatcherTest, UnsubscribeAllPurgesNothing)
 {
+    BxEvent entered, gate, done;
     CThreadedRecorder handler(L"NotPurged");
     ASSERT_TRUE(handler.StartAndWait());
     handler.Subscribe(CMsgA::RTTI);
-    BxEvent entered, gate, done;
     handler.onMessage = [&](const VoMessage& m) {
         const int value = static_cast<const CMsgA&>(m).value;
         if (value == 0)
