@@ -1,0 +1,13 @@
+// The destruction object of an attribute slot: ends the life of the T that a
+// VoConstructor<T> built in the slot.
+//
+//   VoDestructor<BxSmartPointer<IWorkItem>> release;
+//   release(slotBytes);   // drops the reference the slot held
+#pragma once
+
+template <class T>
+class VoDestructor
+{
+public:
+    void operator()(void* slot) const { static_cast<T*>(slot)->~T(); }
+};

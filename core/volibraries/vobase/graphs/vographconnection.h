@@ -1,0 +1,72 @@
+// A directed, weighted connection between two graph nodes, shared by the
+// source's outgoing list and the target's incoming list.
+//
+//   BxSmartPointer<VoGraphConnection> c = a.AddConnection(b, 2.5f);   // a -> b
+//   c->GetNode(VoGraphConnection::eNT_Target);   // &b
+//   c->SetWeight(1.0f);
+//
+// The connection remembers its position in both lists, so that a list can
+// remove it without searching. Reference counted: it may outlive the lists
+// (and then its node pointers name nodes that may be gone). Not thread-safe:
+// the graph's owner guards it.
+#pragma once
+
+#include <vobase/vobaseapi.h>
+
+#include <bxbase/bxsmartpointer.h>
+#include <bxbase/ireferencecounted.h>
+
+#include <cstdint>
+
+class VoGraphNode;
+
+class VOBASE_API VoGraphConnection : public BxReferenceCountedObject
+{
+public:
+    /// The two ends of a connection.
+    enum ENodeType : std::uint32_t
+    {
+        eNT_Source = 0,
+        eNT_Target = 1,
+    };
+
+    VoGraphConnection() = default;
+    VoGraphConnection(VoGraphNode& from, VoGraphNode& to) : m_source(&from), m_target(&to) {}
+    VoGraphConnection(VoGraphNode& from, VoGraphNode& to, float weight)
+        : m_source(&from), m_target(&to), m_weight(weight)
+    {
+    }
+    /// Copies the ends, the weight and the word; the copy is in no list.
+    VoGraphConnection(const VoGraphConnection& other) noexcept
+        : BxReferenceCountedObject(other), m_source(other.m_source), m_target(other.m_target),
+          m_weight(other.m_weight), m_word(other.m_word)
+    {
+    }
+    VoGraphConnection(VoGraphConnection&& other) noexcept : VoGraphConnection(other) {}
+    VoGraphConnection& operator=(const VoGraphConnection&) = delete;
+
+    float GetWeight() const noexcept { return m_weight; }
+    void SetWeight(float weight) noexcept { m_weight = weight; }
+
+    /// The source or the target node.
+    VoGraphNode* GetNode(ENodeType type) const noexcept { return type == eNT_Source ? m_source : m_target; }
+
+    /// A word for the user of the graph, 0 at creation.
+    std::uint32_t GetWord() const noexcept { return m_word; }
+    void SetWord(std::uint32_t word) noexcept { m_word = word; }
+
+    /// True when `other`'s weight is greater.
+    bool operator<(const BxSmartPointer<VoGraphConnection>& other) const noexcept { return m_weight < other->m_weight; }
+    /// True when this weight is greater.
+    bool operator>(const BxSmartPointer<VoGraphConnection>& other) const noexcept { return m_weight > other->m_weight; }
+
+private:
+    friend class VoGraphConnectionList;
+
+    // Hot fields first: a walk reads the target and the weight.
+    VoGraphNode* m_target = nullptr;
+    float m_weight = 0.0f;
+    std::uint32_t m_word = 0;
+    VoGraphNode* m_source = nullptr;
+    std::uint32_t m_positions[2] = {0, 0};  // in the source's outgoing list, in the target's incoming list
+};

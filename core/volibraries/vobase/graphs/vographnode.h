@@ -1,0 +1,96 @@
+// A node of a VoGraph: its outgoing and incoming connections, a weight, the
+// links of a path through the graph, attribute flags and its element of the
+// graph's attribute container.
+//
+//   auto* a = new VoGraphNode("a");
+//   auto* b = new VoGraphNode("b");
+//   graph.InsertNode(a);                 // the graph owns the nodes
+//   graph.InsertNode(b);
+//   a->AddConnection(*b, 2.5f);          // a -> b
+//   a->SetNextNodeOnPath(b);             // a path a, b; b->GetPreviousNodeOnPath() == a
+//
+// Path links are kept mutual: a node lies on at most one chain, and giving a
+// node a new neighbour detaches the old one. Destroying a node removes its
+// outgoing connections and takes its incoming ones out of their sources.
+// Not thread-safe: the graph's owner guards it.
+#pragma once
+
+#include <vobase/graphs/vographconnection.h>
+#include <vobase/graphs/vographconnectionlist.h>
+#include <vobase/vobaseapi.h>
+
+#include <bxbase/bxiclassname.h>
+#include <bxbase/bxtypes.h>
+#include <bxbase/inoncopyable.h>
+
+#include <cstdint>
+#include <string>
+
+class VoGraph;
+
+class VOBASE_API VoGraphNode : public BxIClassName<0, CStringA>, private INonCopyable
+{
+public:
+    VoGraphNode() = default;
+    explicit VoGraphNode(CStringA name) : BxIClassName(std::move(name)) {}
+    virtual ~VoGraphNode();
+
+    void SetName(const CStringA& name) { setName(name); }
+
+    /// The node's index: its insertion position, renumbered by VoGraph::CreateIndices.
+    std::uint32_t GetIndex() const noexcept { return m_index; }
+
+    /// A bit set of VoGraph::ENodeAttribute values.
+    std::uint32_t GetAttributeFlags() const noexcept { return m_attributeFlags; }
+    void SetAttributeFlags(std::uint32_t flags) noexcept { m_attributeFlags = flags; }
+
+    /// Adds a connection from this node to `target` and returns it.
+    BxSmartPointer<VoGraphConnection> AddConnection(VoGraphNode& target, float weight);
+    /// Removes the first outgoing connection to `target`; false when there is none.
+    bool RemoveConnection(VoGraphNode& target);
+    /// Removes every outgoing and incoming connection.
+    void RemoveAllConnections();
+
+    VoGraphConnectionList& GetOutgoingConnections() noexcept { return m_outgoing; }
+    const VoGraphConnectionList& GetOutgoingConnections() const noexcept { return m_outgoing; }
+    VoGraphConnectionList& GetIncomingConnections() noexcept { return m_incoming; }
+    const VoGraphConnectionList& GetIncomingConnections() const noexcept { return m_incoming; }
+
+    float GetWeight() const noexcept { return m_weight; }
+    void SetWeight(float weight) noexcept { m_weight = weight; }
+    /// The weight of a fresh node, the largest finite float (3.4028235e38).
+    static constexpr float GetInitialWeight() noexcept { return 3.40282347e38f; }
+
+    VoGraphNode* GetNextNodeOnPath() const noexcept { return m_nextOnPath; }
+    /// Links `next` behind this node, detaching this node's old next and `next`'s old previous.
+    void SetNextNodeOnPath(VoGraphNode* next) noexcept;
+    VoGraphNode* GetPreviousNodeOnPath() const noexcept { return m_previousOnPath; }
+    /// Links `previous` before this node, detaching this node's old previous and `previous`'s old next.
+    void SetPreviousNodeOnPath(VoGraphNode* previous) noexcept;
+
+    /// This node's element of the graph's attribute container (null outside a graph).
+    void* GetAttributeElement() const noexcept { return m_attributeElement; }
+    void SetAttributeElement(void* element) noexcept { m_attributeElement = element; }
+
+    /// The next node in the graph's node list, or null.
+    VoGraphNode* GetNextInGraph() const noexcept { return m_listNext; }
+    /// The previous node in the graph's node list, or null.
+    VoGraphNode* GetPreviousInGraph() const noexcept { return m_listPrevious; }
+
+private:
+    friend class VoGraph;
+
+    // Hot fields first: a walk over the graph reads the index, the flags and the weight.
+    std::uint32_t m_attributeFlags = 0;
+    std::uint32_t m_index = 0;
+    float m_weight = GetInitialWeight();
+    VoGraphConnectionList m_outgoing{VoGraphConnection::eNT_Source};
+    VoGraphConnectionList m_incoming{VoGraphConnection::eNT_Target};
+    VoGraphNode* m_nextOnPath = nullptr;
+    VoGraphNode* m_previousOnPath = nullptr;
+    void* m_attributeElement = nullptr;
+    // The node's place in its graph's list.
+    VoGraph* m_graph = nullptr;
+    VoGraphNode* m_listPrevious = nullptr;
+    VoGraphNode* m_listNext = nullptr;
+};

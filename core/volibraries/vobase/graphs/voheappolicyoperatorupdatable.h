@@ -1,0 +1,19 @@
+// Operator policy of a heap whose elements' keys may change in place: the
+// heap records every element's position in the element, so that Update can
+// find it again.
+//
+//   heap.Update(element, 1.0f);   // moves the element to its new place
+#pragma once
+
+#include <cstdint>
+
+struct VoHeapPolicyOperatorUpdatable
+{
+    static constexpr bool IsUpdatable = true;
+
+    template <class Element>
+    static void SetPosition(Element& element, std::uint32_t position) noexcept
+    {
+        element.position = position;
+    }
+};
