@@ -4,6 +4,7 @@
 #include <vobase/objects/vonode.h>
 
 #include <bxbase/bxstreamwriteasciistringt.h>
+#include <bxbase/logging/ilogger.h>
 #include <bxbase/threading/bxevent.h>
 #include <bxbase/threading/bxthreadapi.h>
 
@@ -13,6 +14,7 @@
 #include <atomic>
 #include <chrono>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -608,4 +610,63 @@ TEST(VoDataManager, InterceptorsSeeInsertionsOnce)
     manager.GetDispatcher()->Remove(recorder);
     insert(manager, manager.GetRootNode(), L"Y");
     EXPECT_EQ(recorder->events, std::vector<std::wstring>{L"insert X"});
+}
+
+namespace {
+
+class CCapturingLogger : public Logging::ILogger
+{
+public:
+    bool IsEnabled(Logging::ELogLevel) const override { return true; }
+    void Log(Logging::ELogLevel level, const char*, int, const char* functionName, const std::wstring& message) override
+    {
+        lines.push_back({level, functionName, message});
+    }
+    BxReferenceCounter<unsigned int>& getReferenceCounter() const override { return m_counter; }
+
+    struct SLine
+    {
+        Logging::ELogLevel level;
+        std::string function;
+        std::wstring message;
+    };
+    std::vector<SLine> lines;
+
+private:
+    mutable BxReferenceCounter<unsigned int> m_counter;
+};
+
+/// A write handle whose validity check fails with an exception.
+class CThrowingHandle : public VoDataHandleLockOnly<1>
+{
+public:
+    using VoDataHandleLockOnly<1>::VoDataHandleLockOnly;
+
+protected:
+    bool isValid() const override { throw std::runtime_error("broken handle"); }
+};
+
+}  // namespace
+
+TEST(VoDataManager, ExceptionsInsideAnAttemptBecomeStatus1AndAreLogged)
+{
+    CTree tree;
+    BxSmartPointer<CCapturingLogger> logger(new CCapturingLogger);
+    tree.manager.SetLogger(logger);
+    {
+        CThrowingHandle handle(tree.manager, tree.a);
+        VoDataManager::ELockStatus status = VoDataManager::eLS_Granted;
+        EXPECT_FALSE(tree.manager.TryLockAndWait(100, status));
+        EXPECT_EQ(status, VoDataManager::eLS_Exception);
+        EXPECT_FALSE(handle.IsAccessGranted());
+    }
+    ASSERT_EQ(logger->lines.size(), 1u);
+    EXPECT_EQ(logger->lines[0].level, Logging::eLL_Error);
+    EXPECT_EQ(logger->lines[0].function, "VoDataManager::TryLockAndWait");
+    EXPECT_NE(logger->lines[0].message.find(L"broken handle"), std::wstring::npos);
+    // The handle withdrew its request: the next attempt has nothing to do.
+    VoDataManager::ELockStatus status;
+    EXPECT_TRUE(tree.manager.TryLockAndWait(0, status));
+    EXPECT_EQ(status, VoDataManager::eLS_NoRequests);
+    tree.manager.SetLogger(nullptr);  // back to the default logger
 }

@@ -89,22 +89,25 @@ void VoDataManager::requestLock(VoDataHandleBase& handle)
     }
     const std::uint32_t threadId = handle.getThreadID();
     const bool write = handle.getAccessRights() == VoDataHandleBase::eAR_Write;
+    bool reentry = false;
     {
         BxCriticalSectionLocker nodeLocker(node->m_lock);
         const auto entry = node->m_threadManager.find(threadId);
         if (entry != node->m_threadManager.end()) {
             const VoNode::SReadWriteCount& counts = entry->second;
-            if (write ? counts.writeCount > 0 : counts.readCount > 0 || counts.writeCount > 0) {
-                // Re-entry: the thread already holds a lock that covers this one.
-                if (write)
-                    bookkeeping(node)->incrementWriteCounter(threadId);
-                else
-                    bookkeeping(node)->incrementReadCounter(threadId);
-                handle.setAccessStatus(true);
-                countGrant(threadId, handle);
-                return;
-            }
+            reentry = write ? counts.writeCount > 0 : counts.readCount > 0 || counts.writeCount > 0;
         }
+        // Re-entry: the thread already holds a lock that covers this one.
+        if (reentry && write)
+            bookkeeping(node)->incrementWriteCounter(threadId);
+        else if (reentry)
+            bookkeeping(node)->incrementReadCounter(threadId);
+    }
+    if (reentry) {
+        // Only this thread's bookkeeping changes, so it need not be under the node lock.
+        handle.setAccessStatus(true);
+        countGrant(threadId, handle);
+        return;
     }
     BxCriticalSectionLocker locker(m_requestsLock);
     m_requests[threadId].insert(&handle);
@@ -139,19 +142,23 @@ void VoDataManager::countGrant(std::uint32_t threadId, VoDataHandleBase& handle)
 
 void VoDataManager::uncountGrant(std::uint32_t threadId, VoDataHandleBase& handle)
 {
-    BxCriticalSectionLocker grantsLocker(m_grantsLock);
-    const auto grants = m_grants.find(threadId);
-    if (grants != m_grants.end())
-        grants->second.erase(&handle);
-    BxCriticalSectionLocker lockingLocker(m_lockingThreadsLock);
-    const auto locking = m_lockingThreads.find(threadId);
-    if (locking == m_lockingThreads.end())
-        return;
-    if (--locking->second == 0) {
-        m_lockingThreads.erase(locking);
-        if (grants != m_grants.end())
-            m_grants.erase(grants);
+    // The map locks are never nested: each is taken on its own.
+    bool lastGrant = false;
+    {
+        BxCriticalSectionLocker locker(m_lockingThreadsLock);
+        const auto locking = m_lockingThreads.find(threadId);
+        if (locking != m_lockingThreads.end() && --locking->second == 0) {
+            m_lockingThreads.erase(locking);
+            lastGrant = true;
+        }
     }
+    BxCriticalSectionLocker locker(m_grantsLock);
+    const auto grants = m_grants.find(threadId);
+    if (grants == m_grants.end())
+        return;
+    grants->second.erase(&handle);
+    if (lastGrant)
+        m_grants.erase(grants);
 }
 
 bool VoDataManager::IsCurrentThreadLocking() const
