@@ -1,0 +1,23 @@
+// The context of the Stop hook: the name.
+//
+//   void OnStop(const TaskManager::CContextStop& c) override { stopped(c.GetName()); }
+#pragma once
+
+#include <vobase/tasks/icontext.h>
+
+#include <string>
+
+namespace TaskManager {
+
+class VOBASE_API CContextStop : public IContext
+{
+public:
+    CContextStop(VoTaskManager& manager, std::string name) : IContext(manager), m_name(std::move(name)) {}
+
+    const std::string& GetName() const noexcept { return m_name; }
+
+private:
+    std::string m_name;
+};
+
+}  // namespace TaskManager
