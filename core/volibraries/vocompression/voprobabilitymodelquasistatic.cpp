@@ -30,6 +30,11 @@ VoProbabilityModelQuasiStatic::VoProbabilityModelQuasiStatic(std::uint32_t numbe
                  "the target rescale interval must lie in 1 .. 2^(bits+1)-1");
     m_cumulative.resize(std::size_t(numberOfSymbols) + 1);
     m_newFrequencies.resize(numberOfSymbols);
+    // 2^10 buckets (fewer for small totals): 2 KiB that stay in the first-level cache.
+    const std::uint32_t guideBits = std::min<std::uint32_t>(totalBits, 10);
+    m_guideShift = totalBits - guideBits;
+    m_guideBuckets = 1u << guideBits;
+    m_guide.resize(std::size_t(m_guideBuckets) + 1);
     Reset();
 }
 
@@ -43,7 +48,11 @@ VoProbabilityModelQuasiStatic::VoProbabilityModelQuasiStatic(const VoProbability
       m_newFrequencies(other.m_newFrequencies),
       m_increment(other.m_increment),
       m_left(other.m_left),
-      m_nextLeft(other.m_nextLeft)
+      m_nextLeft(other.m_nextLeft),
+      m_guide(other.m_guide),
+      m_guideShift(other.m_guideShift),
+      m_guideBuckets(other.m_guideBuckets),
+      m_guideValid(other.m_guideValid)
 {
 }
 
@@ -85,6 +94,19 @@ void VoProbabilityModelQuasiStatic::rebuild()
     m_increment = missing / m_rescaleInterval;
     m_nextLeft = missing % m_rescaleInterval;
     m_left = m_rescaleInterval - m_nextLeft;
+    m_guideValid = false;
+}
+
+void VoProbabilityModelQuasiStatic::buildGuide()
+{
+    std::uint32_t symbol = 0;
+    for (std::uint32_t bucket = 0; bucket <= m_guideBuckets; ++bucket) {
+        const std::uint32_t value = bucket << m_guideShift;
+        while (symbol + 1 < m_numberOfSymbols && m_cumulative[symbol + 1] <= value)
+            ++symbol;
+        m_guide[bucket] = static_cast<std::uint16_t>(symbol);
+    }
+    m_guideValid = true;
 }
 
 void VoProbabilityModelQuasiStatic::throwSymbolOutOfRange()

@@ -94,12 +94,20 @@ private:
     /// spreads the missing total over the next interval.
     void rebuild();
 
-    /// The largest s with cumulative[s] <= value (a branch-free binary search).
-    std::uint32_t findSymbol(std::uint32_t value) const noexcept
+    /// The largest s with cumulative[s] <= value. A guide table, rebuilt on
+    /// demand after each rebuild of the cumulative table, maps the top bits of
+    /// the value to the few symbols that can hold it; a branch-free binary
+    /// search picks among those. Values at or beyond 2^b find the last symbol.
+    std::uint32_t findSymbol(std::uint32_t value)
     {
+        if (!m_guideValid)
+            buildGuide();
+        const std::uint32_t bucket = value >> m_guideShift;
+        if (bucket >= m_guideBuckets)
+            return m_numberOfSymbols - 1;
         const std::uint32_t* table = m_cumulative.data();
-        std::uint32_t low = 0;
-        std::uint32_t length = m_numberOfSymbols;
+        std::uint32_t low = m_guide[bucket];
+        std::uint32_t length = m_guide[bucket + 1] - low + 1;
         while (length > 1) {
             const std::uint32_t half = length >> 1;
             low = table[low + half] <= value ? low + half : low;
@@ -107,6 +115,9 @@ private:
         }
         return low;
     }
+
+    /// Fills the guide: entry j is the symbol that holds the value j << shift.
+    void buildGuide();
 
     [[noreturn]] static void throwSymbolOutOfRange();
 
@@ -119,4 +130,10 @@ private:
     std::uint32_t m_increment = 0;
     std::uint32_t m_left = 0;
     std::uint32_t m_nextLeft = 0;
+
+    // Decoder acceleration, derived from the cumulative table (not part of the model's state).
+    std::vector<std::uint16_t> m_guide;  // buckets + 1 entries
+    std::uint32_t m_guideShift = 0;
+    std::uint32_t m_guideBuckets = 0;
+    bool m_guideValid = false;
 };
