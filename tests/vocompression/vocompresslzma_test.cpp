@@ -73,8 +73,9 @@ TEST(VoCompressLZMA, RoundTripsThroughTheModule)
         const Bytes data = textLike(size);
         ASSERT_TRUE(compress.Compress(data.data(), static_cast<unsigned>(data.size())));
         ASSERT_NE(compress.GetData(), nullptr);
-        if (size > 1000)
+        if (size > 1000) {
             EXPECT_LT(compress.GetSize(), size / 4);
+        }
         ASSERT_TRUE(decompress.Decompress(compress.GetData(), compress.GetSize()));
         EXPECT_EQ(Bytes(decompress.GetData(), decompress.GetData() + decompress.GetSize()), data);
     }

@@ -4,6 +4,9 @@
 
 #include <bxbase/bxexceptionstream.h>
 
+#include <algorithm>
+#include <cstring>
+
 VoStreamReadBinaryFileRaw::VoStreamReadBinaryFileRaw(const wchar_t* path)
     : m_filename(path ? path : L"")
 {
@@ -18,6 +21,12 @@ VoStreamReadBinaryFileRaw::~VoStreamReadBinaryFileRaw()
 std::size_t VoStreamReadBinaryFileRaw::Peek(void* buffer, std::size_t count)
 {
     constexpr const char* function = "VoStreamReadBinaryFileRaw::Peek";
+    // Give back what was read ahead, so that the file position is the caller's.
+    if (const std::size_t ahead = getAreaSize()) {
+        setGetArea(nullptr, nullptr);
+        if (std::fseek(m_file, -static_cast<long>(ahead), SEEK_CUR) != 0)
+            BX_THROW(BxExceptionStream, function, "cannot take the file position");
+    }
     std::fpos_t position;
     if (std::fgetpos(m_file, &position) != 0)
         BX_THROW(BxExceptionStream, function, "cannot take the file position");
@@ -30,9 +39,19 @@ std::size_t VoStreamReadBinaryFileRaw::Peek(void* buffer, std::size_t count)
 
 std::size_t VoStreamReadBinaryFileRaw::read(void* data, std::size_t count)
 {
-    // The FILE belongs to this stream alone, so the unlocked form is safe.
-    const std::size_t got = fread_unlocked(data, 1, count, m_file);
-    if (got < count && std::ferror(m_file))
+    // Called when the get area is used up. The FILE belongs to this stream
+    // alone, so the unlocked form is safe.
+    const bool direct = count >= c_blockSize;
+    if (!direct && !m_block)
+        m_block = std::make_unique<std::byte[]>(c_blockSize);
+    void* target = direct ? data : m_block.get();
+    const std::size_t got = fread_unlocked(target, 1, direct ? count : c_blockSize, m_file);
+    if (got < (direct ? count : c_blockSize) && std::ferror(m_file))
         BX_THROW(BxExceptionStream, "VoStreamReadBinaryFileRaw::read", L"cannot read from " + m_filename);
-    return got;
+    if (direct)
+        return got;
+    const std::size_t n = std::min(count, got);
+    std::memcpy(data, m_block.get(), n);
+    setGetArea(m_block.get() + n, m_block.get() + got);
+    return n;
 }

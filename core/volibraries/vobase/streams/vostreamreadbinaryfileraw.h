@@ -8,7 +8,9 @@
 //
 // The file is opened with fopen on the UTF-8 form of the path in mode "rb"
 // and fully buffered with 65,536 bytes. Paths of 260 characters or more are
-// refused, as on the original platform.
+// refused, as on the original platform. Small reads are served from a block
+// of 65,536 bytes lent to the base class as its get area, so that typed
+// values cost no call into the C runtime.
 #pragma once
 
 #include <vobase/vobaseapi.h>
@@ -16,6 +18,7 @@
 #include <bxbase/bxstreamreadbinary.h>
 
 #include <cstdio>
+#include <memory>
 #include <string>
 
 class VOBASE_API VoStreamReadBinaryFileRaw : public BxStreamReadBinary
@@ -42,6 +45,9 @@ protected:
     std::size_t read(void* data, std::size_t count) override;
 
 private:
+    static constexpr std::size_t c_blockSize = 65536;
+
     std::FILE* m_file = nullptr;
     std::wstring m_filename;
+    std::unique_ptr<std::byte[]> m_block;  ///< read ahead of the caller; its unread part is the get area
 };
