@@ -18,6 +18,13 @@
 // So fork-join nested deeper than the number of workers completes. The pool
 // has at most eMaxThreads threads; beyond that, queued tasks wait for a free one.
 //
+// A worker that finds the queues empty yields its core a few times (tasks
+// tend to come in bursts) before it sleeps; AddTask wakes a sleeping worker
+// only when there is one.
+//
+// A queued task waited for by a worker runs on that worker's stack, so very
+// deep chains of such waits need a correspondingly deep stack.
+//
 // An exception that leaves a task (its onException rethrew) is logged
 // (category "Core.ThreadPool") and dropped.
 //
