@@ -4,6 +4,8 @@
 
 #include <vocompression/vocompressionapi.h>
 #include <vocompression/vocompressionversion.h>
+#include <vocompression/vocompresslzma.h>
+#include <vocompression/vodecompresslzma.h>
 #include <vocompression/vocompressrangecoder.h>
 #include <vocompression/vodecompressrangecoder.h>
 #include <vocompression/voprobabilitymodelquasistatic.h>
