@@ -216,3 +216,24 @@ TEST(VoStreamWriteBinaryFile, WritesIntoAStdOstream)
     broken.setstate(std::ios::badbit);
     EXPECT_THROW(File{broken}, BxExceptionStream);
 }
+
+TEST(VoStreamWriteBinaryFile, FailedFinalWritesAreReportedByFlushOnly)
+{
+    if (!std::filesystem::exists("/dev/full"))
+        GTEST_SKIP() << "no /dev/full";
+    {
+        File out(L"/dev/full", File::eAM_Create, File::eCM_ZIP);
+        out << 1;
+        // the buffered header and stream tail fail when the seek to the size field flushes them
+        expectThrowNamed<BxExceptionStream>([&] { out.Flush(); }, "VoStreamWriteBinaryFile::Flush");
+    }
+    {
+        File out(L"/dev/full");
+        out << 1;
+        EXPECT_THROW(out.Flush(), BxExceptionStream);
+    }
+    EXPECT_NO_THROW({
+        File out(L"/dev/full", File::eAM_Create, File::eCM_ZIP);
+        out << 2;
+    });  // the destructor swallows the failure
+}
