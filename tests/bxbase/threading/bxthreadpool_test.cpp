@@ -150,6 +150,7 @@ TEST(BxThreadPool, ATaskIsQueuedOnceAndCanBeAddedAgainAfterItRan)
     });
     EXPECT_TRUE(pool.AddTask(task, 1));
     EXPECT_TRUE(task->IsQueued());
+    EXPECT_FALSE(task->WaitUntilTerminate(0)); // a zero time-out only looks
     EXPECT_FALSE(pool.AddTask(task, 2));
     gate.open.set_value();
     task->WaitUntilTerminate();

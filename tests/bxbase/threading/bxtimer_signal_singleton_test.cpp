@@ -119,6 +119,25 @@ TEST(BxSingleton, MadeOnceForAllThreads)
     EXPECT_EQ(seen[0]->value, 42);
 }
 
+namespace
+{
+struct CInner
+{
+    int value = 7;
+};
+struct COuter
+{
+    // A singleton whose constructor reaches another one under the singleton lock.
+    int inner = BxSingleton<CInner>::GetInstance().value;
+};
+} // namespace
+
+TEST(BxSingleton, ConstructorMayUseAnotherSingleton)
+{
+    EXPECT_EQ(BxSingleton<COuter>::GetInstance().inner, 7);
+    EXPECT_EQ(&BxSingleton<CInner>::GetInstance(), &BxSingleton<CInner>::GetInstance());
+}
+
 TEST(BxThreadApi, ThreadIdsAreKernelIdsAndDistinct)
 {
     DWORD mine = GetCurrentThreadId();

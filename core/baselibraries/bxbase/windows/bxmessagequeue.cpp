@@ -161,7 +161,7 @@ void BxMessageQueue::PostQuit(int exitCode)
 bool BxMessageQueue::Retrieve(MSG& msg, const SFilter& filter, ERemove remove, DWORD timeoutMs)
 {
     using Clock = std::chrono::steady_clock;
-    const auto deadline = Clock::now() + std::chrono::milliseconds(timeoutMs == INFINITE ? 0 : timeoutMs);
+    Clock::time_point deadline{};            // set at the first real wait
     std::optional<BxBlockingScope> blocking; // opened at the first real wait
 
     std::unique_lock lock(m_lock);
@@ -188,6 +188,8 @@ bool BxMessageQueue::Retrieve(MSG& msg, const SFilter& filter, ERemove remove, D
 
         if (!blocking)
         {
+            if (timeoutMs != INFINITE)
+                deadline = Clock::now() + std::chrono::milliseconds(timeoutMs);
             lock.unlock(); // the pool's hook takes its own lock
             blocking.emplace();
             lock.lock();
