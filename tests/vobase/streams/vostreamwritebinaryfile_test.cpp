@@ -193,13 +193,15 @@ TEST(VoStreamWriteBinaryFile, PathsExpandTheEnvironmentAndSpecialDirectories)
     }
     EXPECT_EQ(ReadAll(dir.Narrow("sub/env.bin")).size(), 4u);
 
+    const char* oldTmp = std::getenv("TMPDIR");
+    const std::string savedTmp = oldTmp ? oldTmp : "";
     setenv("TMPDIR", dir.Narrow("").c_str(), 1);
     { File out(VoFileSystem::eSD_Temp, std::wstring(L"special.bin")); out << short(3); }
     VoStreamReadBinaryFile in(VoFileSystem::eSD_Temp, L"special.bin");
     short v = 0;
     in >> v;
     EXPECT_EQ(v, 3);
-    unsetenv("TMPDIR");
+    oldTmp ? setenv("TMPDIR", savedTmp.c_str(), 1) : unsetenv("TMPDIR");
     unsetenv("VOBASE_STREAMS_TEST_DIR");
 }
 
