@@ -12,6 +12,9 @@
 //
 // The constructor over a std::istream reads that stream's bytes as they are
 // (it replaces the original platform's archive constructor).
+//
+// Like every stream of the library, an object is used by one thread at a
+// time; it holds no lock.
 #pragma once
 
 #include <vobase/platform/vofilesystem.h>

@@ -17,6 +17,9 @@
 //
 // The constructor over a std::ostream writes the bare payload into that
 // stream (it replaces the original platform's archive constructor).
+//
+// Like every stream of the library, an object is used by one thread at a
+// time; it holds no lock.
 #pragma once
 
 #include <vobase/platform/vofilesystem.h>
