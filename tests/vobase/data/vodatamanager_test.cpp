@@ -599,19 +599,6 @@ TEST(VoDataManager, ProcessWideListAndItsSignals)
     EXPECT_EQ(removed, std::vector<VoDataManager*>{address});
 }
 
-TEST(VoDataManager, InterceptorsSeeInsertionsOnce)
-{
-    VoDataManager manager;
-    auto recorder = std::make_shared<CRecorder>();
-    manager.GetDispatcher()->Add(recorder);
-    manager.GetDispatcher()->Add(recorder);
-    insert(manager, manager.GetRootNode(), L"X");
-    EXPECT_FALSE(manager.InsertNode(manager.GetRootNode(), makeNode(L"X")));  // refused: no notification
-    manager.GetDispatcher()->Remove(recorder);
-    insert(manager, manager.GetRootNode(), L"Y");
-    EXPECT_EQ(recorder->events, std::vector<std::wstring>{L"insert X"});
-}
-
 namespace {
 
 class CCapturingLogger : public Logging::ILogger

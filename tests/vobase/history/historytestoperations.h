@@ -1,5 +1,5 @@
 // Operations on plain integer objects for the history tests: a relative
-// addition and an absolute assignment, both logging what they do.
+// addition and an absolute assignment, both able to log what they do.
 #pragma once
 
 #include <vobase/data/vodatamanager.h>
@@ -12,8 +12,8 @@
 
 namespace HistoryTest {
 
-/// An edited object: its value, its history identifier and (optionally) the
-/// node its operations lock.
+/// An edited object: its value, its history identifier and, when `manager`
+/// is set, the node its operations lock.
 struct CObject
 {
     int value = 0;
@@ -24,83 +24,70 @@ struct CObject
 
 using Log = std::vector<std::string>;
 
-inline void prepare(VoOperation& operation, CObject& object)
-{
-    if (object.manager) {
-        operation.SetDataManager(object.manager);
-        operation.AddNodePointerToLock(object.node);
-    }
-}
-
-/// value += delta; reverted by value -= delta.
-class COpAdd : public VoOperation
+/// Sets value to after() on apply and to before() on revert, logging "apply name" / "revert name".
+template <class Base>
+class CLoggedOperation : public Base
 {
 public:
-    COpAdd(CObject& object, int delta, std::string name = {}, Log* log = nullptr, bool reversible = true)
-        : VoOperation(reversible, false), m_object(object), m_delta(delta), m_name(std::move(name)), m_log(log)
+    bool Apply() override { return step("apply ", after()); }
+    bool Revert() override { return step("revert ", before()); }
+
+protected:
+    template <class... BaseArgs>
+    CLoggedOperation(CObject& object, std::string name, Log* log, BaseArgs... args)
+        : Base(args...), m_object(object), m_name(std::move(name)), m_log(log)
     {
-        prepare(*this, object);
+        if (object.manager) {
+            this->SetDataManager(object.manager);
+            this->AddNodePointerToLock(object.node);
+        }
     }
-    bool Apply() override
-    {
-        note("apply ");
-        m_object.value += m_delta;
-        return true;
-    }
-    bool Revert() override
-    {
-        note("revert ");
-        m_object.value -= m_delta;
-        return true;
-    }
+    virtual int after() const = 0;
+    virtual int before() const = 0;
+    CObject& m_object;
 
 private:
-    void note(const char* what)
+    bool step(const char* what, int value)
     {
         if (m_log)
             m_log->push_back(what + m_name);
+        m_object.value = value;
+        return true;
     }
-    CObject& m_object;
-    int m_delta;
     std::string m_name;
     Log* m_log;
 };
 
-/// value = newValue; reverted by value = the value it had when the operation was made.
-class COpSet : public VoOperationAbsolute
+/// value += delta; reverted by value -= delta.
+class COpAdd : public CLoggedOperation<VoOperation>
 {
 public:
-    COpSet(CObject& object, int newValue, std::string name = {}, Log* log = nullptr, bool reversible = true)
-        : VoOperationAbsolute(reversible), m_object(object), m_old(object.value), m_new(newValue),
-          m_name(std::move(name)), m_log(log)
+    COpAdd(CObject& object, int delta, std::string name = {}, Log* log = nullptr, bool reversible = true)
+        : CLoggedOperation(object, std::move(name), log, reversible, false), m_delta(delta)
     {
-        prepare(*this, object);
     }
-    bool Apply() override
+
+private:
+    int after() const override { return m_object.value + m_delta; }
+    int before() const override { return m_object.value - m_delta; }
+    int m_delta;
+};
+
+/// value = newValue; reverted by value = the value it had when the operation was made.
+class COpSet : public CLoggedOperation<VoOperationAbsolute>
+{
+public:
+    COpSet(CObject& object, int newValue, std::string name = {}, Log* log = nullptr)
+        : CLoggedOperation(object, std::move(name), log, true), m_old(object.value), m_new(newValue)
     {
-        note("apply ");
-        m_object.value = m_new;
-        return true;
-    }
-    bool Revert() override
-    {
-        note("revert ");
-        m_object.value = m_old;
-        return true;
     }
     int GetNewValue() const { return m_new; }
 
 private:
-    void note(const char* what)
-    {
-        if (m_log)
-            m_log->push_back(what + m_name);
-    }
-    CObject& m_object;
+    int after() const override { return m_new; }
+    int before() const override { return m_old; }
     int m_old;
     int m_new;
-    std::string m_name;
-    Log* m_log;
 };
 
 }  // namespace HistoryTest

@@ -38,46 +38,6 @@ BxList<std::wstring> list(std::initializer_list<const wchar_t*> texts)
 
 }  // namespace
 
-// --- identifiers and operations -----------------------------------------------
-
-TEST(VoHistoryID, EachNewIdentifierIsDistinctAndCopiesShareIt)
-{
-    VoHistoryID a, b;
-    EXPECT_NE(a.GetID(), 0u);
-    EXPECT_GT(b.GetID(), a.GetID());
-    VoHistoryID copy = a;
-    EXPECT_EQ(copy.GetID(), a.GetID());
-    EXPECT_GT(a.GetMemoryUsage(), 0u);
-}
-
-TEST(VoOperation, FlagsAndRunTimeType)
-{
-    CObject object;
-    BxSmartPointer<VoOperation> add(new COpAdd(object, 1));
-    BxSmartPointer<VoOperation> set(new COpSet(object, 5));
-    BxSmartPointer<VoOperation> oneWay(new COpAdd(object, 1, "", nullptr, false));
-    EXPECT_TRUE(add->IsReversible());
-    EXPECT_FALSE(add->IsAbsolute());
-    EXPECT_TRUE(set->IsAbsolute());
-    EXPECT_FALSE(oneWay->IsReversible());
-    EXPECT_TRUE(add->AreParametersSet());
-    EXPECT_TRUE(set->IsKindOf(VoOperation::RTTI));
-    EXPECT_TRUE(set->IsKindOf(VoOperationAbsolute::RTTI));
-    EXPECT_FALSE(add->IsKindOf(VoOperationAbsolute::RTTI));
-    EXPECT_STREQ(set->GetClassNameW(), L"VoOperationAbsolute");
-    EXPECT_EQ(add->GetDataManager(), nullptr);
-    EXPECT_TRUE(add->ApplyWithLocking());  // no manager: applied directly
-    EXPECT_EQ(object.value, 1);
-
-    VoDataManager manager;
-    BxSmartPointer<VoNode> node(new VoNode(L"n", true, VoNode::eTMM_Track));
-    const std::size_t bare = add->GetMemoryUsage();
-    add->SetDataManager(&manager);
-    add->AddNodePointerToLock(node);
-    EXPECT_EQ(add->GetNodePointersToLock().size(), 1u);
-    EXPECT_GT(add->GetMemoryUsage(), bare);
-}
-
 // --- actions and lists --------------------------------------------------------
 
 TEST(VoHistory, ZeroStepsChangeNothing)
