@@ -229,6 +229,6 @@ private:
     /// (Kept beside the counters: they share the node's hot cache lines.)
     SReadWriteCount* m_lastEntry = nullptr;
     unsigned int m_lastThread = 0;
-    /// Guarded by m_lock.
+    /// Guarded by m_lock. Entries are never erased: m_lastEntry points into it.
     ThreadManager m_threadManager;
 };

@@ -18,20 +18,28 @@ constexpr const char* c_function = "VoVariant::Serialize";
 // taken in a derived class, so that writing needs no conversion.
 struct StorageAccess : BxVariant
 {
+    using BxVariant::Storage;
+
     static const Storage& of(const BxVariant& value)
     {
         constexpr auto accessor = static_cast<const Storage& (BxVariant::*)() const noexcept>(&StorageAccess::storage);
         return (value.*accessor)();
     }
+    static Storage& of(BxVariant& value)
+    {
+        constexpr auto accessor = static_cast<Storage& (BxVariant::*)() noexcept>(&StorageAccess::storage);
+        return (value.*accessor)();
+    }
 };
 
-template <class T>
+// Reads the value of kind `Tag` and stores it under that tag; on failure the
+// variant keeps its value.
+template <std::size_t Tag>
 void readAs(BxStreamReadBinary& stream, BxVariant& value)
 {
-    T read{};
+    std::variant_alternative_t<Tag, StorageAccess::Storage> read{};
     stream >> read;
-    value.SetNull();
-    value = std::move(read);
+    StorageAccess::of(value).template emplace<Tag>(std::move(read));
 }
 
 }  // namespace
@@ -59,20 +67,20 @@ void VoVariant::ReadValue(BxStreamReadBinary& stream, BxVariant& value)
     stream >> tag;
     switch (tag) {
     case eVT_Null: value.SetNull(); break;
-    case eVT_Bool: readAs<bool>(stream, value); break;
-    case eVT_Int: readAs<int>(stream, value); break;
-    case eVT_Int64: readAs<long long>(stream, value); break;
-    case eVT_UInt: readAs<unsigned int>(stream, value); break;
-    case eVT_Float: readAs<float>(stream, value); break;
-    case eVT_Double: readAs<double>(stream, value); break;
-    case eVT_Char: readAs<char>(stream, value); break;
-    case eVT_WString: readAs<std::wstring>(stream, value); break;
-    case eVT_Int8: readAs<signed char>(stream, value); break;
-    case eVT_UInt8: readAs<unsigned char>(stream, value); break;
-    case eVT_Int16: readAs<short>(stream, value); break;
-    case eVT_UInt16: readAs<unsigned short>(stream, value); break;
-    case eVT_UInt64: readAs<unsigned long long>(stream, value); break;
-    case eVT_String: readAs<std::string>(stream, value); break;
+    case eVT_Bool: readAs<eVT_Bool>(stream, value); break;
+    case eVT_Int: readAs<eVT_Int>(stream, value); break;
+    case eVT_Int64: readAs<eVT_Int64>(stream, value); break;
+    case eVT_UInt: readAs<eVT_UInt>(stream, value); break;
+    case eVT_Float: readAs<eVT_Float>(stream, value); break;
+    case eVT_Double: readAs<eVT_Double>(stream, value); break;
+    case eVT_Char: readAs<eVT_Char>(stream, value); break;
+    case eVT_WString: readAs<eVT_WString>(stream, value); break;
+    case eVT_Int8: readAs<eVT_Int8>(stream, value); break;
+    case eVT_UInt8: readAs<eVT_UInt8>(stream, value); break;
+    case eVT_Int16: readAs<eVT_Int16>(stream, value); break;
+    case eVT_UInt16: readAs<eVT_UInt16>(stream, value); break;
+    case eVT_UInt64: readAs<eVT_UInt64>(stream, value); break;
+    case eVT_String: readAs<eVT_String>(stream, value); break;
     default:
         BX_THROW(BxExceptionStream, c_function, "tag " + std::to_string(tag) + " has no binary form");
     }
