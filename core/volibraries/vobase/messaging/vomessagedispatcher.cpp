@@ -122,14 +122,20 @@ LRESULT VoMessageDispatcher::sendMessage(const VoMessage& message, const VoMessa
     VoSendNotification notification{const_cast<VoMessageHandlerBase*>(target), &message, status.get()};
     queueSendNotification(notification);
 
-    status->GetDispatchedEvent().Wait(INFINITE);
-    status->GetDispatchedEvent().Reset();
-    // This thread is blocked here and cannot take its handlers' window
-    // messages: it answers for them itself, after their earlier posts.
-    for (VoMessageHandlerBase* local : status->GetLocalHandlers())
+    // The dispatcher sets the dispatched event only when subscribers live on
+    // this thread; otherwise the sender sleeps once, until the last answer.
+    if (BxEvent::WaitForMultipleEvents({status->GetDispatchedEvent(), status->GetRepliedEvent()}, INFINITE) ==
+            BxEvent::eWaitSignaled &&
+        status->GetDispatchedEvent().IsSet())
     {
-        local->flushPostNotifications();
-        local->processSendNotification(notification);
+        status->GetDispatchedEvent().Reset();
+        // This thread is blocked here and cannot take its handlers' window
+        // messages: it answers for them itself, after their earlier posts.
+        for (VoMessageHandlerBase* local : status->GetLocalHandlers())
+        {
+            local->flushPostNotifications();
+            local->processSendNotification(notification);
+        }
     }
     status->GetRepliedEvent().Wait(INFINITE);
     status->GetRepliedEvent().Reset();
@@ -210,11 +216,14 @@ void VoMessageDispatcher::returnStatus(BxSmartPointer<VoThreadSendStatus> status
 
 void VoMessageDispatcher::processSendNotification(VoSendNotification& notification)
 {
+    // The routing holds one count of its own, released when it is done with
+    // the status: so the sender, woken by the last count, never meets a
+    // status the dispatcher still uses.
     VoThreadSendStatus& status = *notification.status;
     if (notification.target != this)
     {
         const auto& subscribers = getSubscribers(notification.target, *notification.message);
-        status.Reset(static_cast<std::uint32_t>(subscribers.size()));
+        status.Reset(static_cast<std::uint32_t>(subscribers.size()) + 1);
         for (VoMessageHandlerBase* subscriber : subscribers)
         {
             if (subscriber->GetThreadID() == status.GetSenderThreadID())
@@ -222,10 +231,12 @@ void VoMessageDispatcher::processSendNotification(VoSendNotification& notificati
             else
                 subscriber->queueSendNotification(notification);
         }
+        if (!status.GetLocalHandlers().empty())
+            status.MarkDispatched();  // the sender answers for these
     }
     else
     {
-        status.Reset(1);
+        status.Reset(2);
         try
         {
             status.AddResult(handleMessage(*notification.message));
@@ -236,7 +247,7 @@ void VoMessageDispatcher::processSendNotification(VoSendNotification& notificati
         }
         status.CountDown();
     }
-    status.MarkDispatched();
+    status.CountDown();  // the routing's own count
 }
 
 void VoMessageDispatcher::processPostNotification(VoPostNotification& notification)

@@ -2,10 +2,16 @@
 // answers still expected, and the two events the sender waits on. The
 // dispatcher keeps a pool of them and reuses one per send.
 //
-//   status.Reset(2);               // two subscribers will answer
-//   status.AddResult(1);           // on a subscriber's thread...
-//   status.CountDown();            // ...then count down; the last one sets the replied event
+//   status.Reset(2);               // two counts: one subscriber and the routing itself
+//   status.AddResult(1);           // on the subscriber's thread...
+//   status.CountDown();            // ...then count down
+//   status.CountDown();            // the dispatcher is done routing: the replied event is set
 //   status.GetRepliedEvent().Wait();
+//
+// The dispatcher keeps one count of its own while it routes, so the replied
+// event means that nobody touches the status any more; it sets the
+// dispatched event only when subscribers live on the sender's thread, so that
+// a sender without such subscribers is woken once.
 //
 // Locks: m_resultsLock guards m_results. The pending count is atomic. The
 // local handlers and the sender thread id are written by the dispatcher
