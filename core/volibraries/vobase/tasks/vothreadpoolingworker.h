@@ -1,0 +1,36 @@
+// The worker thread of a VoTaskManagerPooling: takes tasks from its queue
+// until none is left and runs them, swallowing their exceptions. It holds a
+// counted reference to its queue and deletes itself when its thread ends.
+//
+//   auto* worker = new VoThreadPoolingWorker(queue, priority);   // queue: BxSmartPointer
+//   worker->SetAutoDelete(true);
+//   worker->Start();
+//
+// Only VoTaskManagerPooling creates workers. The thread is named "VoThreadPoolingWorker".
+#pragma once
+
+#include <vobase/tasks/votaskmanagerpooling.h>
+#include <vobase/vobaseapi.h>
+
+#include <bxbase/bxsmartpointer.h>
+#include <bxbase/threading/bxevent.h>
+#include <bxbase/threading/bxthread.h>
+#include <bxbase/threading/bxthreadapi.h>
+
+class VOBASE_API VoThreadPoolingWorker : public BxThread<VoThreadPoolingWorker, BxThreadPolicyMFC>
+{
+public:
+    VoThreadPoolingWorker(BxSmartPointer<VoTaskManagerPooling> queue, EThreadPriority priority);
+    ~VoThreadPoolingWorker() = default;
+
+    /// The process affinity mask read when the worker was built (0 when unknown).
+    DWORD_PTR GetProcessAffinityMask() const noexcept { return m_processAffinityMask; }
+
+private:
+    /// The thread function: 1 when the queue was drained, 0 when the factory failed.
+    DWORD work();
+
+    BxSmartPointer<VoTaskManagerPooling> m_queue;
+    DWORD_PTR m_processAffinityMask;
+    BxEvent m_event;
+};
