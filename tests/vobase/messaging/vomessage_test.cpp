@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <thread>
 #include <unordered_set>
 #include <vector>
@@ -29,6 +30,12 @@ TEST(VoMessage, IdsAreConsecutiveAndCopiesGetNewOnes)
     EXPECT_GT(moved.GetID(), before);
     EXPECT_EQ(moved.GetWParam(), 5u);
     EXPECT_EQ(moved.getReferenceCounter().Get(), 0u);
+}
+
+TEST(VoMessage, FirstMessageOfAProcessHasIdOne)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");  // a fresh process: no message made yet
+    EXPECT_EXIT(std::exit(VoMessage().GetID() == 1 ? 0 : 1), ::testing::ExitedWithCode(0), "");
 }
 
 TEST(VoMessage, IdsAreUniqueAcrossThreads)
