@@ -152,3 +152,24 @@ TEST(VoProbabilityModelQuasiStatic, RefusesASymbolOutsideTheAlphabet)
     EXPECT_THROW(model.GetFrequencies(4, cumulative, frequency), BxExceptionPreconditionViolation);
     EXPECT_THROW(model.GetFrequencies(0xFFFFFFFF, cumulative, frequency), BxExceptionPreconditionViolation);
 }
+
+TEST(VoProbabilityModelQuasiStatic, EveryValueFindsTheIntervalThatHoldsIt)
+{
+    std::mt19937 random(13);
+    for (const auto& [n, bits] : {std::pair{3u, 16u}, {256u, 16u}, {16384u, 16u}, {2u, 3u}, {1000u, 12u}}) {
+        VoProbabilityModelQuasiStatic model(n, bits, std::min(1024u, (2u << bits) - 1));
+        std::geometric_distribution<std::uint32_t> skewed(0.01);
+        std::uint32_t cumulative = 0;
+        std::uint32_t frequency = 0;
+        for (int i = 0; i < 5000; ++i)
+            model.GetFrequencies(std::min(skewed(random), n - 1), cumulative, frequency);
+        // The model keeps updating while it is searched; each answer is checked
+        // against the interval the search reports.
+        for (std::uint32_t value = 0; value < (1u << bits); ++value) {
+            std::uint32_t found = value;
+            model.GetSymbol(found, frequency);
+            ASSERT_LE(found, value) << n << " symbols";
+            ASSERT_LT(value, found + frequency) << n << " symbols";
+        }
+    }
+}

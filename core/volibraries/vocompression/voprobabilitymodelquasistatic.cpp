@@ -99,13 +99,17 @@ void VoProbabilityModelQuasiStatic::rebuild()
 
 void VoProbabilityModelQuasiStatic::buildGuide()
 {
-    std::uint32_t symbol = 0;
-    for (std::uint32_t bucket = 0; bucket <= m_guideBuckets; ++bucket) {
-        const std::uint32_t value = bucket << m_guideShift;
-        while (symbol + 1 < m_numberOfSymbols && m_cumulative[symbol + 1] <= value)
-            ++symbol;
-        m_guide[bucket] = static_cast<std::uint16_t>(symbol);
+    // Symbol s holds the starts of the buckets from ceil(cumulative[s] / size)
+    // up to, but not including, ceil(cumulative[s + 1] / size).
+    const std::uint32_t round = (1u << m_guideShift) - 1;
+    std::uint32_t bucket = 0;
+    for (std::uint32_t symbol = 0; symbol < m_numberOfSymbols; ++symbol) {
+        const std::uint32_t end = (m_cumulative[symbol + 1] + round) >> m_guideShift;
+        for (; bucket < end; ++bucket)
+            m_guide[bucket] = static_cast<std::uint16_t>(symbol);
     }
+    // The end of the total (bucket 2^k) belongs to the last symbol.
+    m_guide[m_guideBuckets] = static_cast<std::uint16_t>(m_numberOfSymbols - 1);
     m_guideValid = true;
 }
 

@@ -29,7 +29,9 @@ public:
     /// The invalid value for the invalid code, else the uniform value.
     float Unmap(unsigned int code) const override;
 
+    /// The marker value given at construction.
     float GetInvalidValue() const noexcept { return m_invalidValue; }
+    /// The code reserved for the marker.
     unsigned int GetInvalidCode() const noexcept { return m_invalidCode; }
 
 private:
