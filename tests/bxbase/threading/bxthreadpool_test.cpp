@@ -219,6 +219,20 @@ TEST(BxThreadPool, WaitsOnEventsInsideTasksAreCompensated)
     ASSERT_TRUE(root->WaitUntilTerminate());
     EXPECT_EQ(reached, 13);
     EXPECT_GE(pool.GetThreadCount(), 2u);
+
+    // Later waits reuse the surplus workers: the pool does not keep growing.
+    for (int round = 0; round < 3; ++round)
+    {
+        reached = 0;
+        auto again = makeTask([&] {
+            eventChain(pool, 12, reached);
+            return true;
+        });
+        pool.AddTask(again, 1);
+        ASSERT_TRUE(again->WaitUntilTerminate());
+        EXPECT_EQ(reached, 13);
+        EXPECT_LE(pool.GetThreadCount(), 2u + 13u);
+    }
 }
 
 TEST(BxThreadPool, EscapingExceptionIsDroppedAndThePoolGoesOn)

@@ -3,6 +3,8 @@
 #include <bxbase/bxexception.h>
 #include <bxbase/threading/bxthreadpool.h>
 
+#include <thread>
+
 bool BxTask::transition(EState from, EState to)
 {
     int expected = from;
@@ -25,22 +27,33 @@ void BxTask::cancel()
 
 void BxTask::setTerminated(bool terminated)
 {
+    // No lock while nobody asked for the event. The stores and loads of
+    // m_hasRun and m_eventMade are sequentially consistent, so either this
+    // call sees the event or its maker sees the new state.
+    m_hasRun.store(terminated);
+    if (m_eventMade.load())
+        syncEvent();
+}
+
+void BxTask::syncEvent() const
+{
     std::lock_guard lock(m_eventLock);
-    m_hasRun = terminated;
-    if (m_terminated)
-    {
-        if (terminated)
-            m_terminated->Set();
-        else
-            m_terminated->Reset();
-    }
+    if (m_hasRun.load()) // the latest state, whichever call got here last
+        m_terminated->Set();
+    else
+        m_terminated->Reset();
 }
 
 BxEvent BxTask::GetTerminationEvent() const
 {
-    std::lock_guard lock(m_eventLock);
-    if (!m_terminated)
-        m_terminated.emplace(m_hasRun);
+    {
+        std::lock_guard lock(m_eventLock);
+        if (m_terminated)
+            return *m_terminated;
+        m_terminated.emplace(false);
+        m_eventMade.store(true);
+    }
+    syncEvent();
     return *m_terminated;
 }
 
@@ -82,15 +95,19 @@ void BxTask::runClaimed()
 
 bool BxTask::WaitUntilTerminate(DWORD timeoutMs)
 {
-    if (timeoutMs == INFINITE && BxThreadPool::IsPoolThread() && claim())
+    if (timeoutMs == INFINITE && BxThreadPool::IsPoolThread())
     {
-        BxThreadPool::runTask(*this);
-        return true;
-    }
-    {
-        std::lock_guard lock(m_eventLock);
-        if (m_hasRun)
+        if (claim())
+        {
+            BxThreadPool::runTask(*this);
             return true;
+        }
+        // Forked tasks are often short: yield a little before blocking, which
+        // costs the pool a compensating worker.
+        for (unsigned i = 0; i < kWaitSpinRounds && IsRunning(); ++i)
+            std::this_thread::yield();
     }
+    if (m_hasRun.load())
+        return true;
     return GetTerminationEvent().Wait(timeoutMs);
 }

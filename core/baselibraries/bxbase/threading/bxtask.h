@@ -72,6 +72,7 @@ protected:
 private:
     friend class BxThreadPool;
     enum EState { eIdle, eQueued, eRunning };
+    static constexpr unsigned kWaitSpinRounds = 64;
 
     /// idle -> queued; false when the task is already queued or running.
     bool markQueued();
@@ -84,10 +85,13 @@ private:
     void runClaimed();
     /// Marks the task terminated (or not) and sets (resets) the event if it exists.
     void setTerminated(bool terminated);
+    /// Brings the existing event in line with m_hasRun.
+    void syncEvent() const;
 
     std::atomic<int> m_state{eIdle};
     std::atomic<bool> m_result{false};
-    mutable std::mutex m_eventLock;              ///< guards m_terminated and m_hasRun
-    mutable std::optional<BxEvent> m_terminated; ///< made on first request
-    bool m_hasRun = false;                       ///< the state the event shows
+    std::atomic<bool> m_hasRun{false};           ///< the state the event shows
+    mutable std::atomic<bool> m_eventMade{false}; ///< m_terminated exists (set once, under m_eventLock)
+    mutable std::mutex m_eventLock;              ///< guards making m_terminated and its Set/Reset
+    mutable std::optional<BxEvent> m_terminated; ///< made on first request, then never changed
 };

@@ -52,6 +52,7 @@ BxThreadPool::~BxThreadPool()
         m_queuedCount.store(0, std::memory_order_relaxed);
     }
     m_wake.notify_all();
+    m_unpark.notify_all();
     // Workers blocked in a task may still start compensating workers until
     // they see m_stopping, so collect until the list stays empty.
     for (;;)
@@ -153,11 +154,24 @@ bool BxThreadPool::hasWorkLocked() const
     return std::any_of(m_queues.begin(), m_queues.end(), [](const auto& q) { return !q.empty(); });
 }
 
+unsigned BxThreadPool::activeLocked() const
+{
+    return m_threadCount - m_blocked - m_parked + m_unparkTokens;
+}
+
 void BxThreadPool::growLocked()
 {
+    if (m_stopping || !hasWorkLocked() || activeLocked() >= m_workerCount)
+        return;
+    if (m_parked > m_unparkTokens)
+    {
+        // A surplus worker from an earlier wait is parked: reuse it.
+        ++m_unparkTokens;
+        m_unpark.notify_one();
+        return;
+    }
     reapLocked();
-    if (m_stopping || !hasWorkLocked() || m_threadCount - m_blocked >= m_workerCount ||
-        m_threadCount >= eMaxThreads)
+    if (m_threadCount >= eMaxThreads)
         return;
     SWorker& worker = m_threads.emplace_back();
     try
@@ -169,6 +183,20 @@ void BxThreadPool::growLocked()
     {
         m_threads.pop_back(); // no thread now; the queued work waits for a free worker
     }
+}
+
+bool BxThreadPool::parkLocked(std::unique_lock<std::mutex>& lock)
+{
+    ++m_parked;
+    bool unparked = m_unpark.wait_for(lock, std::chrono::milliseconds(kParkMilliseconds),
+                                      [this] { return m_stopping || m_unparkTokens > 0; });
+    --m_parked;
+    if (m_unparkTokens > 0)
+    {
+        --m_unparkTokens;
+        return true;
+    }
+    return unparked && !m_stopping;
 }
 
 void BxThreadPool::reapLocked()
@@ -226,9 +254,15 @@ void BxThreadPool::workerMain(SWorker* self)
     std::unique_lock lock(m_lock);
     for (;;)
     {
-        // Surplus after a compensated wait ended: retire.
-        if (m_threadCount - m_blocked > m_workerCount)
-            break;
+        // Surplus after a compensated wait ended: park for a while, so that
+        // the next wait reuses this thread instead of starting one; retire
+        // when no wait needed it.
+        if (activeLocked() > m_workerCount)
+        {
+            if (!parkLocked(lock))
+                break;
+            continue;
+        }
         BxSmartPointer<BxTask> task = popLocked();
         if (!task)
         {

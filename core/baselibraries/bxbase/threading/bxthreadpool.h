@@ -14,7 +14,8 @@
 //     a task that runs elsewhere) counts the worker as blocked for its
 //     duration (BxBlockingScope), and while work is queued and fewer than the
 //     worker count are unblocked, the pool starts a compensating worker. When
-//     the waits end, the surplus workers retire as they finish their tasks.
+//     the waits end, surplus workers park after their task; a later wait
+//     reuses a parked worker, and one that no wait needed for 2 s retires.
 // So fork-join nested deeper than the number of workers completes. The pool
 // has at most eMaxThreads threads; beyond that, queued tasks wait for a free one.
 //
@@ -101,20 +102,28 @@ private:
     bool spinForWork(std::unique_lock<std::mutex>& lock);
     BxSmartPointer<BxTask> popLocked();
     bool hasWorkLocked() const;
-    /// Starts a worker when work is queued and too few workers are unblocked.
+    /// Wakes a parked worker or starts one when work is queued and too few workers are unblocked.
     void growLocked();
+    /// Workers that take tasks: neither blocked nor parked (wake-ups under way count).
+    unsigned activeLocked() const;
+    /// Parks a surplus worker; true when it was woken for work, false when it should retire.
+    bool parkLocked(std::unique_lock<std::mutex>& lock);
     void reapLocked();
 
     const unsigned m_workerCount;
     mutable std::mutex m_lock;
     std::condition_variable m_wake;                             ///< idle workers wait here
+    std::condition_variable m_unpark;                           ///< parked surplus workers wait here
     std::array<std::deque<BxSmartPointer<BxTask>>, 3> m_queues; ///< by priority
     std::list<SWorker> m_threads;
     unsigned m_threadCount = 0; ///< threads in their loop
     unsigned m_blocked = 0;     ///< workers inside a blocking wait
     unsigned m_idle = 0;        ///< workers waiting for work
+    unsigned m_parked = 0;      ///< surplus workers waiting to be reused or to retire
+    unsigned m_unparkTokens = 0; ///< parked workers asked to come back, not yet awake
     bool m_stopping = false;
     std::atomic<std::size_t> m_queuedCount{0}; ///< mirror of the queues' size for spinning workers
     std::atomic<bool> m_stoppingFlag{false};    ///< mirror of m_stopping for spinning workers
     static constexpr unsigned kSpinRounds = 64;
+    static constexpr unsigned kParkMilliseconds = 2000;
 };
