@@ -18,7 +18,12 @@
 // event is not set while the task waits to run or runs, and set once it has
 // run; a new task is not terminated yet. WaitUntilTerminate on a pool worker
 // with no time-out runs a still queued task right there instead of waiting
-// for it, so fork-join inside pool tasks never waits for a free worker.
+// for it, so fork-join inside pool tasks never waits for a free worker; a
+// task that already runs elsewhere is given a few yields to end before the
+// worker blocks (and the pool compensates, see BxThreadPool).
+//
+// Locks: m_eventLock guards making the termination event and setting or
+// resetting it; the state, the result and the terminated flag are atomics.
 #pragma once
 
 #include <bxbase/bxbaseapi.h>
@@ -42,7 +47,8 @@ public:
     /// Runs the task on the calling thread now: run, then onAfterRun, or
     /// onException when either threw; then sets the termination event. An
     /// exception that onException throws leaves Run (after the event is set).
-    /// A queued task run this way is not run again by the pool.
+    /// A queued task run this way is not run again by the pool. Calling Run
+    /// on a task that is running already runs it twice at once: don't.
     void Run();
 
     /// True while the task runs.
