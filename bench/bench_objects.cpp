@@ -19,7 +19,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include <unistd.h>
+#include <bxbase/threading/bxthreadapi.h>
 
 // The data manager's view of a node (VoNode names this class a friend).
 class VoNodeTestAccess
@@ -121,7 +121,7 @@ void BM_NodeReadCounter(benchmark::State& state)
 {
     NodeTree tree(static_cast<int>(state.range(0)));
     VoNode& root = *tree.nodes.front();
-    const unsigned me = static_cast<unsigned>(::gettid());
+    const unsigned me = GetCurrentThreadId();
     for (auto _ : state) {
         VoNodeTestAccess::IncrementRead(root, me);
         VoNodeTestAccess::DecrementRead(root, me);
@@ -188,7 +188,7 @@ std::unique_ptr<PlainNode> makePlainTree(int count)
 void BM_PeerMutexMapCounter(benchmark::State& state)
 {
     auto root = makePlainTree(static_cast<int>(state.range(0)));
-    const unsigned me = static_cast<unsigned>(::gettid());
+    const unsigned me = GetCurrentThreadId();
     for (auto _ : state) {
         root->increment(me);
         root->decrement(me);

@@ -4,14 +4,14 @@
 
 #include <vobase/objects/vonode.h>
 
-#include <unistd.h>
+#include <bxbase/threading/bxthreadapi.h>
 
 class VoNodeTestAccess
 {
 public:
     using Node = BxSmartPointer<VoNode>;
 
-    static unsigned int ThisThread() { return static_cast<unsigned int>(::gettid()); }
+    static unsigned int ThisThread() { return GetCurrentThreadId(); }
 
     /// Appends child to parent and links it back, as inserting into a tree does.
     static void Link(const Node& parent, Node child)

@@ -2,11 +2,10 @@
 
 #include <bxbase/bxexception.h>
 #include <bxbase/bxstreamwriteasciistringt.h>
+#include <bxbase/threading/bxthreadapi.h>
 
 #include <algorithm>
 #include <mutex>
-
-#include <unistd.h>
 
 BX_IMPLEMENT_RTTI(VoNode)
 
@@ -15,8 +14,6 @@ namespace {
 constexpr std::size_t c_childBlock = 10;
 constexpr std::size_t c_threadBuckets = 128;
 constexpr float c_threadLoadFactor = 1.5f;
-
-unsigned int currentThreadId() { return static_cast<unsigned int>(::gettid()); }
 
 }  // namespace
 
@@ -311,7 +308,7 @@ void VoNode::adaptCounters(const VoNode& from)
 
 void VoNode::resetReadWriteCounters(std::uint32_t read, std::uint32_t write)
 {
-    const unsigned int caller = currentThreadId();
+    const unsigned int caller = GetCurrentThreadId();
     BxCriticalSectionLocker lock(m_lock);
     for (auto& [thread, counts] : m_threadManager)
         counts = SReadWriteCount{};
