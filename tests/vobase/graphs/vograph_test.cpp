@@ -370,3 +370,47 @@ TEST(VoGraph, BadStreamsThrowAndLeaveAnEmptyGraph)
     EXPECT_EQ(copy.GetCount(), 0u);
     EXPECT_THROW(read(copy, bytesOf(2u, 0u)), BxExceptionWrongFileVersion);
 }
+
+TEST(VoGraph, ListEntriesMirrorWeightsAndTheIndicesOfTheOtherEnd)
+{
+    auto entriesOf = [](const VoGraphConnectionList& list) {
+        std::vector<std::pair<std::uint32_t, float>> result;
+        for (const auto& e : list.GetEntries()) {
+            result.push_back({e.index, e.weight});
+            EXPECT_EQ(e.weight, e.connection->GetWeight());
+        }
+        return result;
+    };
+    using Entries = std::vector<std::pair<std::uint32_t, float>>;
+
+    // Nodes joined before they are inserted get their indices mirrored on insertion.
+    auto* a = new VoGraphNode;
+    auto* b = new VoGraphNode;
+    auto ab = a->AddConnection(*b, 1.0f);
+    VoGraph graph;
+    auto n = addNodes(graph, 2);
+    graph.InsertNode(a);  // index 2
+    graph.InsertNode(b);  // index 3
+    EXPECT_EQ(entriesOf(a->GetOutgoingConnections()), (Entries{{3, 1.0f}}));
+    EXPECT_EQ(entriesOf(b->GetIncomingConnections()), (Entries{{2, 1.0f}}));
+
+    n[1]->AddConnection(*b, 2.0f);
+    b->AddConnection(*b, 4.0f);
+    ab->SetWeight(0.5f);
+    EXPECT_EQ(entriesOf(b->GetIncomingConnections()), (Entries{{2, 0.5f}, {1, 2.0f}, {3, 4.0f}}));
+    EXPECT_EQ(entriesOf(b->GetOutgoingConnections()), (Entries{{3, 4.0f}}));
+
+    // Renumbering updates the mirrors in the neighbours' lists, self-loops included.
+    graph.RemoveNode(*n[0]);
+    graph.CreateIndices();  // n1 0, a 1, b 2
+    EXPECT_EQ(entriesOf(b->GetIncomingConnections()), (Entries{{1, 0.5f}, {0, 2.0f}, {2, 4.0f}}));
+    EXPECT_EQ(entriesOf(a->GetOutgoingConnections()), (Entries{{2, 0.5f}}));
+    EXPECT_EQ(entriesOf(b->GetOutgoingConnections()), (Entries{{2, 4.0f}}));
+
+    // A connection that left its lists no longer writes into them.
+    EXPECT_TRUE(a->RemoveConnection(*b));
+    ab->SetWeight(9.0f);
+    EXPECT_EQ(entriesOf(b->GetIncomingConnections()), (Entries{{0, 2.0f}, {2, 4.0f}}));
+    EXPECT_THROW(b->GetIncomingConnections().AddConnection(b->GetIncomingConnections()[0]), BxExceptionContainer);
+    EXPECT_THROW(b->GetIncomingConnections().AddConnection(new VoGraphConnection), BxExceptionPreconditionViolation);
+}

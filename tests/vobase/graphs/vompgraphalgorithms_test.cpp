@@ -193,19 +193,32 @@ TEST(VoMpGraphToShortestPath, DistancesMatchAReferenceOnRandomGraphs)
     std::mt19937 random(11);
     std::uniform_real_distribution<float> weight(0.0f, 10.0f);
     for (int round = 0; round < 30; ++round) {
-        const std::uint32_t count = 2 + random() % 200;
+        std::uint32_t count = 2 + random() % 200;
         VoGraph graph;
+        auto* head = new VoGraphNode;
+        graph.InsertNode(head);
         auto n = addNodes(graph, count);
+        n.insert(n.begin(), head);
+        count += 1;
         for (std::uint32_t e = 0; e < count * 4; ++e)
             n[random() % count]->AddConnection(*n[random() % count], round % 3 ? weight(random) : float(random() % 3));
-        const std::uint32_t start = random() % count;
+        std::uint32_t start = random() % count;
         // An end with no incoming connection (or none at all) lets the whole graph settle.
         auto* unreachable = new VoGraphNode;
         graph.InsertNode(unreachable);
+        if (round % 5 == 4) {
+            // Inaccurate indices (the head node goes): the search renumbers the nodes first.
+            graph.RemoveNode(*graph.GetHead());
+            n.erase(n.begin());
+            count -= 1;
+            start %= count;
+            ASSERT_FALSE(graph.IsIndicesAccurate());
+        }
 
         VoMpGraphToShortestPath algorithm;
         algorithm.SetInput(graph, *n[start], *unreachable);
         ASSERT_TRUE(algorithm.Compute(VoAlgorithm::eCF_ThrowExceptions));
+        EXPECT_TRUE(graph.IsIndicesAccurate());
         const auto expected = referenceDistances(graph, start);
         for (std::uint32_t i = 0; i < count; ++i)
             EXPECT_EQ(n[i]->GetWeight(), expected[i]) << "round " << round << " node " << i;

@@ -48,7 +48,7 @@ void VoGraph::InsertNode(VoGraphNode* node)
     node->m_listNext = nullptr;
     (m_tail ? m_tail->m_listNext : m_head) = node;
     m_tail = node;
-    node->m_index = m_count++;
+    setIndex(*node, m_count++);
 }
 
 void VoGraph::unlink(VoGraphNode& node) noexcept
@@ -125,11 +125,27 @@ std::uint32_t VoGraph::CreateIndices()
     m_byIndex.reserve(m_count);
     std::uint32_t index = 0;
     for (VoGraphNode* node = m_head; node; node = node->m_listNext) {
-        node->m_index = index++;
+        setIndex(*node, index++);
         m_byIndex.push_back(node);
     }
     m_indicesAccurate = 1;
     return m_count;
+}
+
+void VoGraph::setIndex(VoGraphNode& node, std::uint32_t index) noexcept
+{
+    if (node.m_index == index)
+        return;
+    node.m_index = index;
+    // The lists at the other ends mirror the index.
+    for (const VoGraphConnectionList::SEntry& e : node.m_outgoing.GetEntries()) {
+        VoGraphConnection& c = *e.connection;
+        c.GetNode(VoGraphConnection::eNT_Target)->m_incoming.mirrorIndex(c.m_positions[VoGraphConnection::eNT_Target], index);
+    }
+    for (const VoGraphConnectionList::SEntry& e : node.m_incoming.GetEntries()) {
+        VoGraphConnection& c = *e.connection;
+        c.GetNode(VoGraphConnection::eNT_Source)->m_outgoing.mirrorIndex(c.m_positions[VoGraphConnection::eNT_Source], index);
+    }
 }
 
 const VoAttributeDefinition& VoGraph::Assert(ENodeAttribute attribute) const
@@ -219,7 +235,7 @@ void VoGraph::Serialize(BxStreamReadBinary& stream)
             std::uint32_t index = 0;
             stream >> index;
             InsertNode(new VoGraphNode());
-            m_tail->m_index = index;
+            setIndex(*m_tail, index);
             dense = dense && index == i;
         }
         if (!dense)

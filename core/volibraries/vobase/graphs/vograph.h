@@ -149,6 +149,8 @@ private:
     void* get(const VoAttributeDefinition& definition, const VoGraphNode& node) const;
     void unlink(VoGraphNode& node) noexcept;
     void setIndicesAccurate(bool accurate);
+    /// Gives `node` the index `index` and updates the mirrors in its neighbours' lists.
+    void setIndex(VoGraphNode& node, std::uint32_t index) noexcept;
 
     std::map<ENodeAttribute, VoAttributeDefinition> m_attributeDefinitions;
     VoGraphNode* m_head = nullptr;

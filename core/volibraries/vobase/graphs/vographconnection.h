@@ -6,7 +6,7 @@
 //   c->SetWeight(1.0f);
 //
 // The connection remembers its position in both lists, so that a list can
-// remove it without searching. Reference counted: it may outlive the lists
+// remove it (or mirror a new weight) without searching. Reference counted: it may outlive the lists
 // (and then its node pointers name nodes that may be gone). Not thread-safe:
 // the graph's owner guards it.
 #pragma once
@@ -46,7 +46,8 @@ public:
     VoGraphConnection& operator=(const VoGraphConnection&) = delete;
 
     float GetWeight() const noexcept { return m_weight; }
-    void SetWeight(float weight) noexcept { m_weight = weight; }
+    /// Changes the weight (the lists that hold the connection see it at once).
+    void SetWeight(float weight) noexcept;
 
     /// The source or the target node.
     VoGraphNode* GetNode(ENodeType type) const noexcept { return type == eNT_Source ? m_source : m_target; }
@@ -62,11 +63,14 @@ public:
 
 private:
     friend class VoGraphConnectionList;
+    friend class VoGraph;
 
-    // Hot fields first: a walk reads the target and the weight.
+    VoGraphNode* m_source = nullptr;
     VoGraphNode* m_target = nullptr;
     float m_weight = 0.0f;
     std::uint32_t m_word = 0;
-    VoGraphNode* m_source = nullptr;
-    std::uint32_t m_positions[2] = {0, 0};  // in the source's outgoing list, in the target's incoming list
+    // Per end (eNT_Source: the source's outgoing list, eNT_Target: the
+    // target's incoming list): whether the connection is in that list, and where.
+    std::uint32_t m_positions[2] = {0, 0};
+    bool m_listed[2] = {false, false};
 };

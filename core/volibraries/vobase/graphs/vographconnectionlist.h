@@ -5,8 +5,16 @@
 //   for (const BxSmartPointer<VoGraphConnection>& c : node.GetOutgoingConnections())
 //       visit(*c->GetNode(VoGraphConnection::eNT_Target), c->GetWeight());
 //
-// The connections sit in one contiguous array. Removing one keeps the order
-// of the others and costs a move of the ones behind it.
+//   for (const VoGraphConnectionList::SEntry& e : node.GetOutgoingConnections().GetEntries())
+//       relax(e.index, e.weight);          // no visit to the connection or the node
+//
+// The entries sit in one contiguous array. Beside the connection, each entry
+// mirrors the connection's weight and the index of the node at its other end
+// (the target in an outgoing list, the source in an incoming one); the
+// connection and the graph keep the mirrors up to date, so that walks over
+// large graphs read one array instead of chasing pointers. Removing a
+// connection keeps the order of the others and costs a move of the ones
+// behind it.
 #pragma once
 
 #include <vobase/graphs/vographconnection.h>
@@ -16,24 +24,60 @@
 #include <bxbase/inoncopyable.h>
 
 #include <cstdint>
+#include <iterator>
 #include <vector>
 
 class VOBASE_API VoGraphConnectionList : private INonCopyable
 {
 public:
-    using Items = std::vector<BxSmartPointer<VoGraphConnection>>;
-    using const_iterator = Items::const_iterator;
+    /// One connection with the mirrors of its weight and of its other end's index.
+    struct SEntry
+    {
+        BxSmartPointer<VoGraphConnection> connection;
+        std::uint32_t index;  ///< index of the node at the other end
+        float weight;         ///< the connection's weight
+    };
+    using Entries = std::vector<SEntry>;
+
+    /// Iterates the connections themselves.
+    class const_iterator
+    {
+    public:
+        using iterator_category = std::random_access_iterator_tag;
+        using value_type = BxSmartPointer<VoGraphConnection>;
+        using difference_type = std::ptrdiff_t;
+        using pointer = const value_type*;
+        using reference = const value_type&;
+
+        const_iterator() = default;
+        explicit const_iterator(Entries::const_iterator at) : m_at(at) {}
+        reference operator*() const noexcept { return m_at->connection; }
+        pointer operator->() const noexcept { return &m_at->connection; }
+        const_iterator& operator++() noexcept { ++m_at; return *this; }
+        const_iterator operator++(int) noexcept { const_iterator old = *this; ++m_at; return old; }
+        const_iterator& operator--() noexcept { --m_at; return *this; }
+        const_iterator& operator+=(difference_type n) noexcept { m_at += n; return *this; }
+        const_iterator operator+(difference_type n) const noexcept { return const_iterator(m_at + n); }
+        difference_type operator-(const const_iterator& other) const noexcept { return m_at - other.m_at; }
+        reference operator[](difference_type n) const noexcept { return m_at[n].connection; }
+        bool operator==(const const_iterator& other) const noexcept = default;
+        auto operator<=>(const const_iterator& other) const noexcept = default;
+
+    private:
+        Entries::const_iterator m_at;
+    };
 
     /// A list that holds connections by their `end`: the source's outgoing
     /// list is an eNT_Source list, the target's incoming list an eNT_Target one.
     explicit VoGraphConnectionList(VoGraphConnection::ENodeType end) : m_end(end) {}
     /// Destroying a list only drops its references; it does not touch other lists.
-    ~VoGraphConnectionList() = default;
+    ~VoGraphConnectionList() { ReleaseAll(); }
 
     std::uint32_t GetCount() const noexcept { return static_cast<std::uint32_t>(m_items.size()); }
     bool IsEmpty() const noexcept { return m_items.empty(); }
 
-    /// Appends `connection` (not null).
+    /// Appends `connection`, which must have both nodes and must not be in a
+    /// list at this end already (BxExceptionContainer otherwise).
     void AddConnection(BxSmartPointer<VoGraphConnection> connection);
     /// Removes `connection`; BxExceptionContainer when it is not in this list.
     void RemoveConnection(const BxSmartPointer<VoGraphConnection>& connection);
@@ -42,18 +86,32 @@ public:
     /// Orders the connections by weight, ascending; equal weights keep their order.
     void Sort();
 
-    const_iterator begin() const noexcept { return m_items.begin(); }
-    const_iterator end() const noexcept { return m_items.end(); }
-    const BxSmartPointer<VoGraphConnection>& operator[](std::uint32_t i) const noexcept { return m_items[i]; }
+    const_iterator begin() const noexcept { return const_iterator(m_items.begin()); }
+    const_iterator end() const noexcept { return const_iterator(m_items.end()); }
+    const BxSmartPointer<VoGraphConnection>& operator[](std::uint32_t i) const noexcept
+    {
+        return m_items[i].connection;
+    }
+    /// The entries, for walks that need only indices and weights.
+    const Entries& GetEntries() const noexcept { return m_items; }
 
     /// Drops every reference without touching the lists at the other ends
     /// (used when a whole graph goes).
-    void ReleaseAll() noexcept { m_items.clear(); }
+    void ReleaseAll() noexcept;
 
 private:
-    std::uint32_t& position(VoGraphConnection& c) const noexcept { return c.m_positions[m_end]; }
-    void renumberFrom(std::size_t first) noexcept;
+    friend class VoGraphConnection;
+    friend class VoGraph;
 
-    Items m_items;
+    std::uint32_t& position(VoGraphConnection& c) const noexcept { return c.m_positions[m_end]; }
+    VoGraphConnection::ENodeType otherEnd() const noexcept
+    {
+        return m_end == VoGraphConnection::eNT_Source ? VoGraphConnection::eNT_Target : VoGraphConnection::eNT_Source;
+    }
+    void renumberFrom(std::size_t first) noexcept;
+    void mirrorWeight(std::uint32_t at, float weight) noexcept { m_items[at].weight = weight; }
+    void mirrorIndex(std::uint32_t at, std::uint32_t index) noexcept { m_items[at].index = index; }
+
+    Entries m_items;
     VoGraphConnection::ENodeType m_end;
 };

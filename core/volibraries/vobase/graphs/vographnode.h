@@ -28,6 +28,7 @@
 
 class VoGraph;
 
+
 class VOBASE_API VoGraphNode : public BxIClassName<0, CStringA>, private INonCopyable
 {
 public:
@@ -80,11 +81,12 @@ public:
 private:
     friend class VoGraph;
 
-    // Hot fields first: a walk over the graph reads the index, the flags and the weight.
-    std::uint32_t m_attributeFlags = 0;
+    // Hot fields first, in one cache line with the name: a walk over the
+    // graph reads the index and the outgoing entries.
     std::uint32_t m_index = 0;
-    float m_weight = GetInitialWeight();
+    std::uint32_t m_attributeFlags = 0;
     VoGraphConnectionList m_outgoing{VoGraphConnection::eNT_Source};
+    float m_weight = GetInitialWeight();
     VoGraphConnectionList m_incoming{VoGraphConnection::eNT_Target};
     VoGraphNode* m_nextOnPath = nullptr;
     VoGraphNode* m_previousOnPath = nullptr;

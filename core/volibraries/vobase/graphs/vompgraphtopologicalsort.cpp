@@ -1,32 +1,61 @@
 #include <vobase/graphs/vograph.h>
 #include <vobase/graphs/vompgraphtopologicalsort.h>
 
+#include <unordered_map>
+#include <vector>
+
 BX_IMPLEMENT_RTTI(VoMpGraphTopologicalSort, &VoAlgorithm::RTTI)
 
-void VoMpGraphTopologicalSort::VisitStates::Reset(const VoGraph& graph)
-{
-    m_byIndex = graph.IsIndicesAccurate();
-    m_hashed.clear();
-    m_dense.clear();
-    if (m_byIndex)
-        m_dense.resize(graph.GetCount(), eS_Unvisited);
-}
+namespace {
 
-VoMpGraphTopologicalSort::EState VoMpGraphTopologicalSort::VisitStates::Get(const VoGraphNode& node) const
+enum EState : std::uint8_t
 {
-    if (m_byIndex)
-        return static_cast<EState>(m_dense[node.GetIndex()]);
-    const auto found = m_hashed.find(&node);
-    return found == m_hashed.end() ? eS_Unvisited : static_cast<EState>(found->second);
-}
+    eS_Unvisited = 0,  // a node without an entry
+    eS_InProgress = 1,
+    eS_Finished = 2,
+};
 
-void VoMpGraphTopologicalSort::VisitStates::Set(const VoGraphNode& node, EState state)
+// Visit states by node index, for a graph whose indices are accurate: the
+// targets come from the entries' mirrored indices, so a walk reads no
+// connection and no node it does not enter.
+class CStatesByIndex
 {
-    if (m_byIndex)
-        m_dense[node.GetIndex()] = state;
-    else
-        m_hashed[&node] = state;
-}
+public:
+    explicit CStatesByIndex(const VoGraph& graph) : m_nodes(graph.GetNodesByIndex()), m_states(graph.GetCount()) {}
+
+    EState Get(const VoGraphNode& node) const { return EState(m_states[node.GetIndex()]); }
+    EState Get(const VoGraphConnectionList::SEntry& target) const { return EState(m_states[target.index]); }
+    void Set(const VoGraphNode& node, EState state) { m_states[node.GetIndex()] = state; }
+    const VoGraphNode& Node(const VoGraphConnectionList::SEntry& target) const { return *m_nodes[target.index]; }
+
+private:
+    const std::vector<VoGraphNode*>& m_nodes;
+    std::vector<std::uint8_t> m_states;
+};
+
+// Visit states in a hash map from node to state, for any graph.
+class CStatesByNode
+{
+public:
+    explicit CStatesByNode(const VoGraph& graph) { m_states.reserve(graph.GetCount()); }
+
+    EState Get(const VoGraphNode& node) const
+    {
+        const auto found = m_states.find(&node);
+        return found == m_states.end() ? eS_Unvisited : EState(found->second);
+    }
+    EState Get(const VoGraphConnectionList::SEntry& target) const { return Get(Node(target)); }
+    void Set(const VoGraphNode& node, EState state) { m_states[&node] = state; }
+    const VoGraphNode& Node(const VoGraphConnectionList::SEntry& target) const
+    {
+        return *target.connection->GetNode(VoGraphConnection::eNT_Target);
+    }
+
+private:
+    std::unordered_map<const VoGraphNode*, std::uint8_t> m_states;
+};
+
+}  // namespace
 
 void VoMpGraphTopologicalSort::SetInput(const VoGraph& graph, BxList<std::uint32_t>& output)
 {
@@ -43,44 +72,61 @@ BxList<std::uint32_t>& VoMpGraphTopologicalSort::GetOutput() const
 
 bool VoMpGraphTopologicalSort::compute()
 {
-    m_states.Reset(*m_graph);
+    if (m_graph->IsIndicesAccurate()) {
+        CStatesByIndex states(*m_graph);
+        return sortAll(states);
+    }
+    CStatesByNode states(*m_graph);
+    return sortAll(states);
+}
+
+template <class States>
+bool VoMpGraphTopologicalSort::sortAll(States& states)
+{
     // Every top-level visit starts at an unvisited node and so succeeds; the
     // nodes before the cursor are all visited.
+    std::uint32_t steps = 0;
     for (const VoGraphNode* node = m_graph->GetHead(); node; node = node->GetNextInGraph()) {
-        if (m_states.Get(*node) == eS_Unvisited && !visit(*node))
+        if (states.Get(*node) == eS_Unvisited && !visit(*node, states, steps))
             return false;
     }
     return true;
 }
 
-bool VoMpGraphTopologicalSort::visit(const VoGraphNode& root)
+template <class States>
+bool VoMpGraphTopologicalSort::visit(const VoGraphNode& root, States& states, std::uint32_t& steps)
 {
-    if (m_states.Get(root) == eS_InProgress)
+    if (states.Get(root) == eS_InProgress)
         return false;
 
-    // One frame per open visit: the node and its next outgoing connection.
+    // One frame per open visit: the node and its outgoing entries still to follow.
     struct SFrame
     {
         const VoGraphNode* node;
-        std::uint32_t next;
+        std::uint32_t index;
+        const VoGraphConnectionList::SEntry* next;
+        const VoGraphConnectionList::SEntry* end;
+    };
+    auto frameOf = [](const VoGraphNode& node, std::uint32_t index) {
+        const auto& entries = node.GetOutgoingConnections().GetEntries();
+        return SFrame{&node, index, entries.data(), entries.data() + entries.size()};
     };
     std::vector<SFrame> stack;
-    stack.push_back({&root, 0});
-    m_states.Set(root, eS_InProgress);
-    std::uint32_t steps = 0;
+    stack.push_back(frameOf(root, root.GetIndex()));
+    states.Set(root, eS_InProgress);
     while (!stack.empty()) {
         SFrame& frame = stack.back();
-        const VoGraphConnectionList& outgoing = frame.node->GetOutgoingConnections();
-        if (frame.next < outgoing.GetCount()) {
-            const VoGraphNode* target = outgoing[frame.next++]->GetNode(VoGraphConnection::eNT_Target);
+        if (frame.next != frame.end) {
+            const VoGraphConnectionList::SEntry& target = *frame.next++;
             // A finished target is skipped; one in progress would return at once.
-            if (m_states.Get(*target) == eS_Unvisited) {
-                m_states.Set(*target, eS_InProgress);
-                stack.push_back({target, 0});
+            if (states.Get(target) == eS_Unvisited) {
+                const VoGraphNode& node = states.Node(target);
+                states.Set(node, eS_InProgress);
+                stack.push_back(frameOf(node, target.index));
             }
         } else {
-            m_states.Set(*frame.node, eS_Finished);
-            m_output->push_front(frame.node->GetIndex());
+            states.Set(*frame.node, eS_Finished);
+            m_output->push_front(frame.index);
             stack.pop_back();
         }
         if ((++steps & 0xFFFFu) == 0 && isBreak())

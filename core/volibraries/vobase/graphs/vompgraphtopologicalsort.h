@@ -22,8 +22,6 @@
 #include <bxbase/bxcontainers.h>
 
 #include <cstdint>
-#include <unordered_map>
-#include <vector>
 
 class VoGraph;
 class VoGraphNode;
@@ -43,32 +41,13 @@ protected:
     bool compute() override;
 
 private:
-    enum EState : std::uint8_t
-    {
-        eS_Unvisited = 0,
-        eS_InProgress = 1,
-        eS_Finished = 2,
-    };
-
-    /// Visit states per node: by index while the graph's indices are
-    /// accurate, else in a hash map (a node absent from it is unvisited).
-    class VisitStates
-    {
-    public:
-        void Reset(const VoGraph& graph);
-        EState Get(const VoGraphNode& node) const;
-        void Set(const VoGraphNode& node, EState state);
-
-    private:
-        bool m_byIndex = true;
-        std::vector<std::uint8_t> m_dense;
-        std::unordered_map<const VoGraphNode*, std::uint8_t> m_hashed;
-    };
-
-    /// The walk from `node`, as a recursive visit would make it.
-    bool visit(const VoGraphNode& node);
+    /// The walk from `node`, as a recursive visit would make it, with the
+    /// visit states kept in `states` (see the source).
+    template <class States>
+    bool visit(const VoGraphNode& node, States& states, std::uint32_t& steps);
+    template <class States>
+    bool sortAll(States& states);
 
     const VoGraph* m_graph = nullptr;
     BxList<std::uint32_t>* m_output = nullptr;
-    VisitStates m_states;
 };
