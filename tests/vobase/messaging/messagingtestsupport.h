@@ -72,7 +72,9 @@ inline void EnsureDispatcherRuns()
 {
     VoMessageDispatcher& dispatcher = VoMessageDispatcher::GetInstance();
     if (!dispatcher.IsRunning())
+    {
         ASSERT_TRUE(dispatcher.StartAndWait());
+    }
 }
 
 /// Keeps every line it is given, at every level.
