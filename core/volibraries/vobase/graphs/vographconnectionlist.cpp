@@ -15,8 +15,8 @@ void VoGraphConnectionList::AddConnection(BxSmartPointer<VoGraphConnection> conn
         BX_THROW(BxExceptionContainer, "VoGraphConnectionList::AddConnection",
                  "the connection is in a list at this end already");
     VoGraphConnection& c = *connection;
-    const std::uint32_t index = c.GetNode(otherEnd())->GetIndex();
-    m_items.push_back({std::move(connection), index, c.m_weight});
+    VoGraphNode* node = c.GetNode(otherEnd());
+    m_items.push_back({std::move(connection), node, node->GetIndex(), c.m_weight});
     position(c) = static_cast<std::uint32_t>(m_items.size() - 1);
     c.m_listed[m_end] = true;
 }

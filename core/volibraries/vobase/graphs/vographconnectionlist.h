@@ -6,10 +6,11 @@
 //       visit(*c->GetNode(VoGraphConnection::eNT_Target), c->GetWeight());
 //
 //   for (const VoGraphConnectionList::SEntry& e : node.GetOutgoingConnections().GetEntries())
-//       relax(e.index, e.weight);          // no visit to the connection or the node
+//       relax(e.index, e.weight);          // no visit to the connection
 //
 // The entries sit in one contiguous array. Beside the connection, each entry
-// mirrors the connection's weight and the index of the node at its other end
+// names the node at its other end and mirrors that node's index and the
+// connection's weight
 // (the target in an outgoing list, the source in an incoming one); the
 // connection and the graph keep the mirrors up to date, so that walks over
 // large graphs read one array instead of chasing pointers. Removing a
@@ -27,6 +28,8 @@
 #include <iterator>
 #include <vector>
 
+class VoGraphNode;
+
 class VOBASE_API VoGraphConnectionList : private INonCopyable
 {
 public:
@@ -34,6 +37,7 @@ public:
     struct SEntry
     {
         BxSmartPointer<VoGraphConnection> connection;
+        VoGraphNode* node;    ///< the node at the other end
         std::uint32_t index;  ///< index of the node at the other end
         float weight;         ///< the connection's weight
     };

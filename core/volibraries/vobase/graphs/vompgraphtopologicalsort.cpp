@@ -16,20 +16,19 @@ enum EState : std::uint8_t
 };
 
 // Visit states by node index, for a graph whose indices are accurate: the
-// targets come from the entries' mirrored indices, so a walk reads no
+// states are read through the entries' mirrored indices, so a walk reads no
 // connection and no node it does not enter.
 class CStatesByIndex
 {
 public:
-    explicit CStatesByIndex(const VoGraph& graph) : m_nodes(graph.GetNodesByIndex()), m_states(graph.GetCount()) {}
+    explicit CStatesByIndex(const VoGraph& graph) : m_states(graph.GetCount()) {}
 
     EState Get(const VoGraphNode& node) const { return EState(m_states[node.GetIndex()]); }
     EState Get(const VoGraphConnectionList::SEntry& target) const { return EState(m_states[target.index]); }
     void Set(const VoGraphNode& node, EState state) { m_states[node.GetIndex()] = state; }
-    const VoGraphNode& Node(const VoGraphConnectionList::SEntry& target) const { return *m_nodes[target.index]; }
+    static const VoGraphNode& Node(const VoGraphConnectionList::SEntry& target) { return *target.node; }
 
 private:
-    const std::vector<VoGraphNode*>& m_nodes;
     std::vector<std::uint8_t> m_states;
 };
 
@@ -46,10 +45,7 @@ public:
     }
     EState Get(const VoGraphConnectionList::SEntry& target) const { return Get(Node(target)); }
     void Set(const VoGraphNode& node, EState state) { m_states[&node] = state; }
-    const VoGraphNode& Node(const VoGraphConnectionList::SEntry& target) const
-    {
-        return *target.connection->GetNode(VoGraphConnection::eNT_Target);
-    }
+    static const VoGraphNode& Node(const VoGraphConnectionList::SEntry& target) { return *target.node; }
 
 private:
     std::unordered_map<const VoGraphNode*, std::uint8_t> m_states;
@@ -85,16 +81,23 @@ bool VoMpGraphTopologicalSort::sortAll(States& states)
 {
     // Every top-level visit starts at an unvisited node and so succeeds; the
     // nodes before the cursor are all visited.
+    // The finished nodes are collected in order and put at the head of the
+    // output in one go at the end, as pushing each at the head would leave them.
+    std::vector<std::uint32_t> finished;
+    finished.reserve(m_graph->GetCount());
     std::uint32_t steps = 0;
-    for (const VoGraphNode* node = m_graph->GetHead(); node; node = node->GetNextInGraph()) {
-        if (states.Get(*node) == eS_Unvisited && !visit(*node, states, steps))
-            return false;
+    bool complete = true;
+    for (const VoGraphNode* node = m_graph->GetHead(); node && complete; node = node->GetNextInGraph()) {
+        if (states.Get(*node) == eS_Unvisited)
+            complete = visit(*node, states, finished, steps);
     }
-    return true;
+    m_output->insert(m_output->begin(), finished.rbegin(), finished.rend());
+    return complete;
 }
 
 template <class States>
-bool VoMpGraphTopologicalSort::visit(const VoGraphNode& root, States& states, std::uint32_t& steps)
+bool VoMpGraphTopologicalSort::visit(const VoGraphNode& root, States& states, std::vector<std::uint32_t>& finished,
+                                     std::uint32_t& steps)
 {
     if (states.Get(root) == eS_InProgress)
         return false;
@@ -126,7 +129,7 @@ bool VoMpGraphTopologicalSort::visit(const VoGraphNode& root, States& states, st
             }
         } else {
             states.Set(*frame.node, eS_Finished);
-            m_output->push_front(frame.index);
+            finished.push_back(frame.index);
             stack.pop_back();
         }
         if ((++steps & 0xFFFFu) == 0 && isBreak())

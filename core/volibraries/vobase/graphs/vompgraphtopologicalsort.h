@@ -22,6 +22,7 @@
 #include <bxbase/bxcontainers.h>
 
 #include <cstdint>
+#include <vector>
 
 class VoGraph;
 class VoGraphNode;
@@ -44,7 +45,7 @@ private:
     /// The walk from `node`, as a recursive visit would make it, with the
     /// visit states kept in `states` (see the source).
     template <class States>
-    bool visit(const VoGraphNode& node, States& states, std::uint32_t& steps);
+    bool visit(const VoGraphNode& node, States& states, std::vector<std::uint32_t>& finished, std::uint32_t& steps);
     template <class States>
     bool sortAll(States& states);
 

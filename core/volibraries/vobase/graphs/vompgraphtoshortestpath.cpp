@@ -84,7 +84,7 @@ bool VoMpGraphToShortestPath::compute()
                 heap.Update(target, candidate);
             } else {
                 target.key = candidate;
-                target.value = nodes[e.index];
+                target.value = e.node;
                 heap.Push(target);
             }
         }
