@@ -86,7 +86,8 @@ TEST(VoTaskManagerPooling, KeysPostedWhilePendingRunOnceAndAgainWhenPostedWhileR
     BxSmartPointer<Pooling> queue(new Pooling(
         [&](const CStringT<wchar_t>& key) {
             ++factoryCalls;
-            return simple([&, key] {
+            // Events are captured by value: a copy keeps the state alive while Set finishes.
+            return simple([&journal, &kRuns, key, blockerEntered, openBlocker, kEntered, openK, done]() mutable {
                 journal.Note(key);
                 if (key == L"blocker")
                 {
@@ -130,13 +131,13 @@ TEST(VoTaskManagerPooling, FailingTasksAndAFactoryWithoutTaskDoNotWedgeTheQueue)
             if (key == L"throws")
                 return simple([] { throw std::runtime_error("task failure"); });
             if (key == L"blocker")
-                return simple([&] {
+                return simple([blockerEntered, openBlocker]() mutable {
                     blockerEntered.Set();
                     openBlocker.Wait(INFINITE);
                 });
             if (key == L"after")
-                return simple([&] { afterFailure.Set(); });
-            return simple([&] { afterEmpty.Set(); });
+                return simple([afterFailure]() mutable { afterFailure.Set(); });
+            return simple([afterEmpty]() mutable { afterEmpty.Set(); });
         },
         Pooling::EThreadPriority::eTP_BelowNormal));
     queue->AddTask(L"blocker");
@@ -158,12 +159,12 @@ TEST(VoTaskManagerSequential, RunsInPostingOrderOnOneWorkerThread)
     SJournal journal;
     BxEvent open, last;
     BxSmartPointer<Sequential> queue(new Sequential(Sequential::EThreadPriority::eTP_Normal));
-    queue->AddTask(simple([&] {
+    queue->AddTask(simple([&journal, open] {
         open.Wait(INFINITE);
         journal.Note(L"0");
     }));
     for (int i = 1; i < 100; ++i)
-        queue->AddTask(simple([&, i] {
+        queue->AddTask(simple([&journal, i, last]() mutable {
             journal.Note(std::to_wstring(i));
             if (i == 99)
                 last.Set();
@@ -189,7 +190,7 @@ TEST(VoTaskManagerSequential, AfterTheLastTaskANewPostStartsANewWorker)
     // marked itself gone: the task's destructor tells us that moment.
     queue->AddTask(simple([&] { journal.Note(L"first"); }, firstGone));
     firstGone.Wait(INFINITE);
-    queue->AddTask(simple([&] {
+    queue->AddTask(simple([&journal, secondRan]() mutable {
         journal.Note(L"second");
         secondRan.Set();
     }));
@@ -201,7 +202,7 @@ TEST(VoTaskManagerSequential, AfterTheLastTaskANewPostStartsANewWorker)
     // An empty entry throws inside the worker; the tasks behind it run with the next post.
     BxEvent third;
     queue->AddTask(BxSmartPointer<ITaskSimple>());
-    queue->AddTask(simple([&] { third.Set(); }));
+    queue->AddTask(simple([third]() mutable { third.Set(); }));
     queue->AddTask(simple([] { throw std::runtime_error("swallowed"); }));
     queue->AddTask(simple([] {}));
     third.Wait(INFINITE);

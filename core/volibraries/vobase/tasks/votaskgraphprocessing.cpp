@@ -69,7 +69,7 @@ BxCheckReturn<bool, BxCheckReturnPolicyAssert> VoTaskGraphProcessing::run()
         if (predecessor && !predecessor->WaitUntilTerminate(INFINITE))
             return false;
         predecessor.reset();
-        m_manager->setTerminatedEvents(*m_node, false, m_taskID);
+        m_manager->setTerminatedEvents(m_component, false, m_taskID);
         m_manager->beginTask(*this);
         m_manager->initializeWorkItems(*m_node);
     }
@@ -176,7 +176,7 @@ VoGraphNode* VoTaskGraphProcessing::fork(VoGraphNode& node, bool& ok)
 
 void VoTaskGraphProcessing::finish()
 {
-    m_manager->setTerminatedEvents(*m_node, true, m_taskID);
+    m_manager->setTerminatedEvents(m_component, true, m_taskID);
     VO_TASK_LOG(Logging::eLL_Info, Info, "VoTaskGraphProcessing::onAfterRun", L"End regular task (ID %d)", m_taskID);
     // Last: from here on the component counts as idle and the manager may go.
     m_manager->setTaskTerminated(m_taskID);
@@ -195,7 +195,7 @@ void VoTaskGraphProcessing::onException(const std::exception& exception)
                 m_node->GetName().c_str(), m_taskID);
     if (!IsRoot())
         throw BxException(__FILE__, __LINE__, "VoTaskGraphProcessing::onException", std::string(exception.what()));
-    m_manager->setTerminatedEvents(*m_node, true, m_taskID);
+    m_manager->setTerminatedEvents(m_component, true, m_taskID);
     m_manager->setTaskTerminated(m_taskID);
 }
 

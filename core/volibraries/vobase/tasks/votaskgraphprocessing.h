@@ -28,6 +28,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <vector>
 
 class VoGraphNode;
 class VoTaskManager;
@@ -75,6 +76,9 @@ private:
     BxSmartPointer<BxTask> m_predecessor;    ///< guarded by the manager's task-control critical section
     int m_priority;
     BxTimer m_timer{1000000};
+    /// Root task only: the nodes of its component, fixed while the task is not
+    /// idle (edits need an idle component); set by Start before the pool sees the task.
+    std::vector<VoGraphNode*> m_component;
 };
 
 }  // namespace TaskManager

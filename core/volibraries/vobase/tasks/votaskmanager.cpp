@@ -17,7 +17,10 @@
 #include <bxbase/threading/bxcriticalsection.h>
 #include <bxbase/threading/bxthreadpool.h>
 
+#include <array>
 #include <atomic>
+#include <cstddef>
+#include <memory_resource>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
@@ -203,8 +206,14 @@ namespace {
 template <class Visit>
 void walkNodes(VoGraphNode& start, bool predecessors, bool successors, const VoGraphNode* excluded, Visit&& visit)
 {
-    std::unordered_set<VoGraphNode*> seen;
-    std::vector<VoGraphNode*> stack{&start};
+    // The bookkeeping lives on the stack for components of a few hundred nodes.
+    std::array<std::byte, 16384> buffer;
+    std::pmr::monotonic_buffer_resource arena(buffer.data(), buffer.size());
+    std::pmr::unordered_set<VoGraphNode*> seen(&arena);
+    seen.reserve(128);
+    std::pmr::vector<VoGraphNode*> stack(&arena);
+    stack.reserve(32);
+    stack.push_back(&start);
     seen.insert(&start);
     auto push = [&](VoGraphNode* node) {
         if (node != excluded && seen.insert(node).second)
@@ -260,6 +269,22 @@ void VoTaskManager::setComputationState(VoGraphNode& node, EComputationState sta
     walkNodes(node, false, true, nullptr, [&](VoGraphNode& n) { status(n).computationState.store(state); });
 }
 
+VoTaskManager::NodeList VoTaskManager::componentNodes(VoGraphNode& node)
+{
+    NodeList nodes;
+    walkNodes(node, true, true, nullptr, [&](VoGraphNode& n) { nodes.push_back(&n); });
+    return nodes;
+}
+
+void VoTaskManager::setBreakEvents(const NodeList& component, bool set)
+{
+    for (VoGraphNode* n : component)
+    {
+        BxEvent& event = status(*n).breakEvent;
+        set ? event.Set() : event.Reset();
+    }
+}
+
 void VoTaskManager::setBreakEvents(VoGraphNode& node, bool set)
 {
     walkNodes(node, true, true, nullptr, [&](VoGraphNode& n) {
@@ -272,27 +297,29 @@ void VoTaskManager::setBreakEvents(VoGraphNode& node, bool set)
 // task that are still scheduled were never reached: they become aborted;
 // every item is marked not running and terminated. At the beginning the
 // terminated events are reset, so that waiters wait for the new run.
-void VoTaskManager::setTerminatedEvents(VoGraphNode& node, bool terminating, std::int32_t taskID)
+void VoTaskManager::setTerminatedEvents(const NodeList& component, bool terminating, std::int32_t taskID)
 {
-    walkNodes(node, true, true, nullptr, [&](VoGraphNode& n) {
-        SWorkItemStatus& s = status(n);
+    for (VoGraphNode* n : component)
+    {
+        SWorkItemStatus& s = status(*n);
         if (!terminating)
         {
             s.terminatedEvent.Reset();
-            return;
+            continue;
         }
         EComputationState scheduled = eCS_Scheduled;
-        if (loadTaskID(n) == taskID)
+        if (loadTaskID(*n) == taskID)
             s.computationState.compare_exchange_strong(scheduled, eCS_Aborted);
         s.running.store(0);
         s.terminatedEvent.Set();
-    });
+    }
 }
 
-void VoTaskManager::setNextTaskIDConnectedComponent(VoGraphNode& node)
+void VoTaskManager::setNextTaskIDConnectedComponent(const NodeList& component)
 {
     const std::int32_t id = m_impl->nextTaskID;
-    walkNodes(node, true, true, nullptr, [&](VoGraphNode& n) { storeTaskID(n, id); });
+    for (VoGraphNode* n : component)
+        storeTaskID(*n, id);
     m_impl->nextTaskID = id == kLastTaskID ? 0 : id + 1;
 }
 
@@ -314,11 +341,15 @@ void VoTaskManager::arrive(VoGraphNode& node)
                  "malformed fork/join structure at task " + node.GetName());
 }
 
-VoGraphNode* VoTaskManager::validateBeforeComputation(VoGraphNode& node, bool first)
+VoGraphNode* VoTaskManager::validateBeforeComputation(VoGraphNode& node, bool first, const NodeList* component)
 {
     if (first)
     {
-        walkNodes(node, true, true, nullptr, [&](VoGraphNode& n) { visitCounter(n) = 0; });
+        if (component != nullptr)
+            for (VoGraphNode* n : *component)
+                visitCounter(*n) = 0;
+        else
+            walkNodes(node, true, true, nullptr, [&](VoGraphNode& n) { visitCounter(n) = 0; });
         arrive(node);
     }
     return validateBranch(node, !first);
@@ -424,7 +455,7 @@ bool VoTaskManager::beginTask(VoTaskGraphProcessing& task)
     const auto entry = m_impl->controls.find(task.m_taskID);
     const bool scheduled = entry != m_impl->controls.end() && entry->second.scheduled;
     if (scheduled)
-        setBreakEvents(*task.m_node, false);
+        setBreakEvents(task.m_component, false);
     if (task.m_startedEvent)
         task.m_startedEvent->Set();
     return scheduled;
@@ -575,7 +606,8 @@ void VoTaskManager::Start(const char* name, EPriority priority)
     VoGraphNode* node = findNode(name);
     if (node == nullptr)
         return;
-    validateBeforeComputation(*node, true);
+    NodeList component = componentNodes(*node);
+    validateBeforeComputation(*node, true, &component);
 
     // The task that owns the component now, if any.
     const std::int32_t oldID = loadTaskID(*node);
@@ -617,7 +649,10 @@ void VoTaskManager::Start(const char* name, EPriority priority)
         break;
     }
 
-    setComputationState(*node, eCS_Scheduled);
+    // The validation counted a visit on exactly the nodes reachable from the start node.
+    for (VoGraphNode* n : component)
+        if (visitCounter(*n) != 0)
+            status(*n).computationState.store(eCS_Scheduled);
     const std::int32_t id = m_impl->nextTaskID;
     VO_TASK_LOG(Logging::eLL_Info, Info, "VoTaskManager::Start", L"New task (ID %d) %S", id, name);
     const int poolPriority = priority == eP_Low ? 0 : priority == eP_Normal ? 1 : 2;
@@ -631,7 +666,8 @@ void VoTaskManager::Start(const char* name, EPriority priority)
             new VoTaskGraphProcessing(*this, *node, id, &controls.startedEvent, predecessor, poolPriority));
         controls.task = task;
     }
-    setNextTaskIDConnectedComponent(*node);
+    setNextTaskIDConnectedComponent(component);
+    task->m_component = std::move(component);
     BxThreadPool::GetInstance().AddTask(task, poolPriority);
 }
 

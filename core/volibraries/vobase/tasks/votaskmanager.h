@@ -51,6 +51,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 class VoGraphNode;
 
@@ -103,6 +104,7 @@ private:
     class CLock;
 
     using NodeVisitor = std::function<void(VoGraphNode&)>;
+    using NodeList = std::vector<VoGraphNode*>;
 
     // Slots of a node.
     BxSmartPointer<IWorkItem>& workItem(VoGraphNode& node) const;
@@ -125,12 +127,17 @@ private:
     void updateConnectedComponentIDs(VoGraphNode& from, VoGraphNode& to);
     void setComputationState(VoGraphNode& node, EComputationState state);
     void setBreakEvents(VoGraphNode& node, bool set);
+    void setBreakEvents(const NodeList& component, bool set);
     /// The component marking at the beginning (terminating false) and end of a task.
-    void setTerminatedEvents(VoGraphNode& node, bool terminating, std::int32_t taskID);
-    void setNextTaskIDConnectedComponent(VoGraphNode& node);
+    void setTerminatedEvents(const NodeList& component, bool terminating, std::int32_t taskID);
+    void setNextTaskIDConnectedComponent(const NodeList& component);
+    /// The nodes of the node's connected component (the start node first).
+    static NodeList componentNodes(VoGraphNode& node);
     /// Checks the fork-join shape of what is reachable from `node`; returns the
-    /// join at which a branch ended, or null.
-    VoGraphNode* validateBeforeComputation(VoGraphNode& node, bool first);
+    /// join at which a branch ended, or null. The first call resets the visit
+    /// counters of `component` (the node's component; walked when null), and
+    /// afterwards exactly the reachable nodes have a visit count.
+    VoGraphNode* validateBeforeComputation(VoGraphNode& node, bool first, const NodeList* component = nullptr);
     VoGraphNode* validateBranch(VoGraphNode& node, bool inBranch);
     void arrive(VoGraphNode& node);
 
