@@ -1,0 +1,28 @@
+// The context of the start hook: the start state and whether the workflow
+// started sleeping.
+//
+//   void OnStart(const Workflow::CContextStart& c) override { started(c.GetState(), c.IsSleeping()); }
+#pragma once
+
+#include <vobase/workflow/icontext.h>
+#include <vobase/workflow/voworkflowstate.h>
+
+namespace Workflow {
+
+class VOBASE_API CContextStart : public IContext
+{
+public:
+    CContextStart(const VoWorkflowManager& manager, BxSmartPointer<const VoWorkflowState> state, bool sleeping)
+        : IContext(manager), m_state(std::move(state)), m_sleeping(sleeping)
+    {
+    }
+    /// The state the workflow started in.
+    const BxSmartPointer<const VoWorkflowState>& GetState() const noexcept { return m_state; }
+    bool IsSleeping() const noexcept { return m_sleeping; }
+
+private:
+    BxSmartPointer<const VoWorkflowState> m_state;
+    bool m_sleeping;
+};
+
+}  // namespace Workflow

@@ -1,0 +1,34 @@
+// The context of the transfer-function start and end hooks: the transfer
+// function with its source and target states.
+//
+//   void OnTransferFunctionStart(const Workflow::CContextTransferFunction& c) override {
+//       trace(c.GetTransferFunction()->GetName());
+//   }
+#pragma once
+
+#include <vobase/workflow/icontext.h>
+#include <vobase/workflow/votransferfunction.h>
+#include <vobase/workflow/voworkflowstate.h>
+
+namespace Workflow {
+
+class VOBASE_API CContextTransferFunction : public IContext
+{
+public:
+    CContextTransferFunction(const VoWorkflowManager& manager, BxSmartPointer<const VoTransferFunction> transferFunction,
+                             BxSmartPointer<const VoWorkflowState> source, BxSmartPointer<const VoWorkflowState> target)
+        : IContext(manager), m_transferFunction(std::move(transferFunction)), m_source(std::move(source)),
+          m_target(std::move(target))
+    {
+    }
+    const BxSmartPointer<const VoTransferFunction>& GetTransferFunction() const noexcept { return m_transferFunction; }
+    const BxSmartPointer<const VoWorkflowState>& GetSource() const noexcept { return m_source; }
+    const BxSmartPointer<const VoWorkflowState>& GetTarget() const noexcept { return m_target; }
+
+private:
+    BxSmartPointer<const VoTransferFunction> m_transferFunction;
+    BxSmartPointer<const VoWorkflowState> m_source;
+    BxSmartPointer<const VoWorkflowState> m_target;
+};
+
+}  // namespace Workflow
