@@ -24,7 +24,7 @@
 namespace {
 
 #if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
-constexpr int c_rounds = 1500;  // sanitizers slow every lock down ten times and more
+constexpr int c_rounds = 3000;  // sanitizers slow every lock down ten times and more
 #else
 constexpr int c_rounds = 10000;
 #endif

@@ -362,6 +362,8 @@ TEST(VoDataManager, InsertNodeRefusals)
     }
     EXPECT_EQ(tree.b->GetChildrenCount(), 0u);
     EXPECT_EQ(tree.root->GetChildrenCount(), 2u);
+    // Into the tree, so that the manager takes the loose subtree apart at its end.
+    EXPECT_TRUE(tree.manager.InsertNode(tree.root, top));
 }
 
 TEST(VoDataManager, InsertedNodeJoinsTheTreeLockedAsItsParent)

@@ -45,8 +45,11 @@ VoDataManager::VoDataManager() : m_root(new VoNode(L"Root", true, VoNode::eTMM_T
 VoDataManager::~VoDataManager()
 {
     DataManagerListRemove(*this);
-    // Nodes that outlive the manager (held elsewhere) must not name it any more.
+    // Nodes that outlive the manager (held elsewhere) must not name it any
+    // more. Parent and child hold references to each other, so the tree is
+    // taken apart: otherwise no node of it would ever be destroyed.
     m_root->setDataManager(nullptr);
+    m_root->unlinkChildren();
 }
 
 void VoDataManager::initializePlexManagers()

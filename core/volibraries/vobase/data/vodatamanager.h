@@ -76,8 +76,9 @@ public:
 
     /// A manager with an empty tree; it enters the process-wide list.
     VoDataManager();
-    /// Leaves the process-wide list and detaches the tree from the manager.
-    /// No thread may hold or request locks any more.
+    /// Leaves the process-wide list and takes the tree apart: every node
+    /// loses its manager, its parent and its children. No thread may hold or
+    /// request locks any more.
     ~VoDataManager() override;
 
     /// The root of the tree (named "Root").
