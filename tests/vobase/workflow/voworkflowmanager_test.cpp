@@ -1,0 +1,259 @@
+// Workflow manager: transfer functions, blocking and pooled transitions, buffering, logs.
+#include <vobase/messaging/vomessagecommand.h>
+#include <vobase/messaging/vomessagedispatcher.h>
+#include <vobase/workflow/voworkflowmanager.h>
+
+#include <bxbase/bxexceptionpreconditionviolation.h>
+#include <bxbase/bxstreamwriteasciistringt.h>
+#include <bxbase/windows/bxmessageloop.h>
+
+#include <gtest/gtest.h>
+
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace {
+
+class CMsgItem : public VoMessageWorkflowAction
+{
+    BX_DECLARE_RTTI();
+
+public:
+    explicit CMsgItem(int value = 0) : value(value) {}
+    bool operator==(const VoMessage& other) const override { return other.IsKindOf(CMsgItem::RTTI); }
+    int value;
+};
+BX_IMPLEMENT_RTTI_CLONABLE(CMsgItem, &VoMessageWorkflowAction::RTTI)
+
+class CImport : public VoWorkflowState
+{
+    BX_DECLARE_RTTI();
+};
+BX_IMPLEMENT_RTTI(CImport, &VoWorkflowState::RTTI)
+
+class CProcess : public VoWorkflowState
+{
+    BX_DECLARE_RTTI();
+};
+BX_IMPLEMENT_RTTI(CProcess, &VoWorkflowState::RTTI)
+
+class CLogger : public Logging::ILogger
+{
+public:
+    bool IsEnabled(Logging::ELogLevel) const override { return true; }
+    void Log(Logging::ELogLevel, const char*, int, const char*, const std::wstring& message) override
+    {
+        std::lock_guard lock(m_lock);
+        lines.push_back(message);
+    }
+    BxReferenceCounter<unsigned int>& getReferenceCounter() const override { return m_counter; }
+    std::vector<std::wstring> lines;
+
+private:
+    std::mutex m_lock;
+    mutable BxReferenceCounter<unsigned int> m_counter;
+};
+
+// Records the value of each message it runs for; optionally waits for a gate first.
+class CRecordingTF : public VoTransferFunctionAutomatic
+{
+public:
+    CRecordingTF(const VoMessageHandlerBase& handler, VoMessageWorkflowAction* init, bool blocking, const wchar_t* name)
+        : VoTransferFunctionAutomatic(handler, BxSmartPointer<const VoMessageWorkflowAction>(init), true, blocking, name)
+    {
+    }
+    std::vector<int> values;  // written where execute runs, read after a join through the manager
+    BxEvent started, gate{true};
+    int exceptions = 0;
+    bool throwIt = false;
+
+protected:
+    void execute(const VoMessageWorkflowAction& message) override
+    {
+        started.Set();
+        gate.Wait();
+        if (throwIt)
+            throw BxException(__FILE__, __LINE__, "CRecordingTF::execute");
+        values.push_back(message.IsKindOf(CMsgItem::RTTI) ? static_cast<const CMsgItem&>(message).value : -1);
+    }
+    void onException(const BxException* exception) override { exceptions += exception ? 1 : 100; }
+};
+
+class CTrue : public VoWorkflowStateCondition
+{
+public:
+    bool result = true;
+
+protected:
+    bool check() const override { return result; }
+};
+
+class WorkflowTest : public ::testing::Test
+{
+protected:
+    static void SetUpTestSuite()
+    {
+        if (!VoMessageDispatcher::GetInstance().IsRunning())
+            ASSERT_TRUE(VoMessageDispatcher::GetInstance().StartAndWait());
+    }
+};
+
+std::int64_t start(VoWorkflowManager& manager)
+{
+    return manager.HandleMessage(VoMessageWorkflow(VoMessageWorkflow::eM_Start)).Get();
+}
+
+}  // namespace
+
+TEST(WorkflowMessages, DumpTextsNameEachValue)
+{
+    EXPECT_EQ(VoMessageWorkflow(VoMessageWorkflow::eM_Reevaluate).ToString(), L"VoMessageWorkflow (eM_Reevaluate)");
+    EXPECT_EQ(VoMessageWorkflow(static_cast<VoMessageWorkflow::EMessage>(8)).ToString(), L"VoMessageWorkflow (???)");
+    EXPECT_EQ(VoMessageWorkflowEndOfTF().ToString(), L"VoMessageWorkflowEndOfTF (eM_EndOfATF)");
+    EXPECT_STREQ(VoMessageWorkflowEndOfTF::GetName(2), L"eM_EndOfITFExit");
+    EXPECT_STREQ(VoMessageWorkflowEndOfTF::GetName(3), L"???");
+}
+
+TEST_F(WorkflowTest, TransferFunctionBasics)
+{
+    VoWorkflowManager manager(L"WfBasics", VoWorkflowManager::eWMF_None);
+    try {
+        CRecordingTF tf(manager, nullptr, true, L"x");
+        FAIL();
+    } catch (const BxExceptionPreconditionViolation& e) {
+        EXPECT_EQ(e.GetLine(), 82);
+        EXPECT_EQ(e.GetFunctionName(), "VoTransferFunction::VoTransferFunction");
+    }
+    BxSmartPointer<CRecordingTF> tf(new CRecordingTF(manager, new CMsgItem(7), true, L"Rec"));
+    tf->SetMessage(CMsgItem(3));
+    tf->Run();
+    tf->Run();  // the first run cleared the current message: the init message is used
+    EXPECT_EQ(tf->values, (std::vector<int>{3, 7}));
+    tf->Break();
+    EXPECT_TRUE(tf->isBreak());
+    tf->throwIt = true;
+    tf->Run();  // nothing escapes; the break event was reset
+    EXPECT_EQ(tf->exceptions, 1);
+    EXPECT_FALSE(tf->isBreak());
+    EXPECT_FALSE(tf->getMessage());
+
+    class CNoBreak : public VoTransferFunctionAutomatic
+    {
+    public:
+        using VoTransferFunctionAutomatic::VoTransferFunctionAutomatic;
+        void execute(const VoMessageWorkflowAction&) override {}
+    } noBreak(manager, BxSmartPointer<const VoMessageWorkflowAction>(new CMsgItem), false, true);
+    noBreak.Break();
+    EXPECT_FALSE(noBreak.isBreak());
+
+    VoTransferFunctionInteractive itf(BxSmartPointer<const VoMessageWorkflowAction>(new CMsgItem), false, true);
+    itf.onSleep();
+    itf.onContinue();  // not running: sleeping stays
+    EXPECT_TRUE(itf.IsSleeping());
+    itf.onInit(CMsgItem());
+    itf.onContinue();
+    EXPECT_FALSE(itf.IsSleeping());
+    itf.onExit();
+    EXPECT_FALSE(itf.IsRunning());
+
+    CTrue condition;
+    EXPECT_EQ(condition.GetLatestEvaluation(), VoWorkflowStateCondition::eTS_NotEvaluated);
+    condition.result = false;
+    EXPECT_FALSE(condition.Evaluate());
+    EXPECT_EQ(condition.GetLatestEvaluation(), VoWorkflowStateCondition::eTS_False);
+}
+
+TEST_F(WorkflowTest, BlockingTransitionLogsAndEntersTarget)
+{
+    VoWorkflowManager manager(L"WfBlocking", VoWorkflowManager::eWMF_None);
+    BxSmartPointer<CLogger> logger(new CLogger);
+    manager.SetLogger(logger);
+    BxSmartPointer<VoWorkflowState> import(new CImport), process(new CProcess);
+    manager.RegisterWorkflowState(import);
+    manager.RegisterWorkflowState(process);
+    class CBlocking : public VoTransferFunctionAutomatic
+    {
+    public:
+        using VoTransferFunctionAutomatic::VoTransferFunctionAutomatic;
+        void execute(const VoMessageWorkflowAction&) override {}
+    };
+    BxSmartPointer<VoTransferFunctionAutomatic> load(
+        new CBlocking(manager, BxSmartPointer<const VoMessageWorkflowAction>(new CMsgItem), false, true, L"Load"));
+    manager.RegisterTransferFunction(import, process, load);
+
+    EXPECT_EQ(manager.HandleMessage(VoMessageWorkflow(VoMessageWorkflow::eM_Continue)).Get(), 0);  // not started
+    ASSERT_EQ(start(manager), 1);
+    EXPECT_TRUE(manager.GetStateEvent().IsSet());
+    EXPECT_EQ(manager.GetCurrentState(), import);
+    logger->lines.clear();
+    EXPECT_EQ(manager.HandleMessage(CMsgItem(1)).Get(), 1);
+    EXPECT_EQ(manager.GetCurrentState(), process);  // ended and entered before HandleMessage returned
+    EXPECT_TRUE(manager.GetStateEvent().IsSet());
+    const std::vector<std::wstring> expected{
+        L"Received message 'CMsgItem' (CMsgItem)",
+        L"Leaving workflow state 'CImport'",
+        L"Starting automatic transferfunction 'Load' blocking",
+        L"Ending transfer function 'Load'",
+        L"Calling 'CImport::onAfterDifferentWFSLeft'",
+        L"Calling 'CProcess::onBeforeDifferentWFSReached'",
+        L"Entering workflow state 'CProcess'"};
+    EXPECT_EQ(logger->lines, expected);
+
+    BxStreamWriteASCIIStringT<CStringW> out;
+    manager.dump(out);
+    EXPECT_NE(out.GetString().find(L"\t- current state:             started\n"), std::wstring::npos);
+    EXPECT_NE(out.GetString().find(L"\t- current workflow state: CProcess\n"), std::wstring::npos);
+    EXPECT_EQ(manager.HandleMessage(VoMessageWorkflow(VoMessageWorkflow::eM_Stop)).Get(), 1);
+    EXPECT_FALSE(manager.IsStarted());
+    EXPECT_EQ(manager.HandleMessage(VoMessageWorkflow(static_cast<VoMessageWorkflow::EMessage>(9))).Get(),
+              static_cast<std::int32_t>(0x80004005));
+}
+
+// Import -> Process by a pooled transfer function; in Process each CMsgItem
+// runs a blocking self-transition that records its value.
+static void runBufferScenario(bool buffering, const wchar_t* name)
+{
+    VoWorkflowManager manager(name, buffering ? VoWorkflowManager::eWMF_BufferMessages : VoWorkflowManager::eWMF_None);
+    ASSERT_TRUE(manager.initMessageHandler());
+    BxSmartPointer<VoWorkflowState> import(new CImport), process(new CProcess);
+    manager.RegisterWorkflowState(import);
+    manager.RegisterWorkflowState(process);
+    BxSmartPointer<CRecordingTF> load(new CRecordingTF(manager, new VoMessageCommand(1), false, L"Load"));
+    load->gate.Reset();
+    BxSmartPointer<CRecordingTF> item(new CRecordingTF(manager, new CMsgItem, true, L"Item"));
+    manager.RegisterTransferFunction(import, process, BxSmartPointer<VoTransferFunctionAutomatic>(load.get()));
+    manager.RegisterTransferFunction(process, process, BxSmartPointer<VoTransferFunctionAutomatic>(item.get()));
+    ASSERT_EQ(start(manager), 1);
+
+    EXPECT_EQ(manager.HandleMessage(VoMessageCommand(1)).Get(), 1);
+    ASSERT_TRUE(load->started.Wait());
+    EXPECT_FALSE(manager.GetStateEvent().IsSet());
+    for (int i = 0; i < 100; ++i)
+        EXPECT_EQ(manager.HandleMessage(CMsgItem(i)).Get(), buffering ? 0 : static_cast<std::int32_t>(0x80004005));
+    EXPECT_EQ(manager.HandleMessage(VoMessageWorkflow(VoMessageWorkflow::eM_Reevaluate)).Get(), 1);  // no change
+    EXPECT_FALSE(manager.GetCurrentState());
+    EXPECT_EQ(manager.GetBufferedCount(), buffering ? 100u : 0u);
+    load->gate.Set();
+    const std::size_t expected = buffering ? 100 : 0;
+    for (int round = 0; round < 2000 && (!manager.GetCurrentState() || item->values.size() < expected); ++round)
+        BxMessageLoop::ProcessPending(50);
+    EXPECT_EQ(manager.GetCurrentState(), process);
+    std::vector<int> order(expected);
+    for (std::size_t i = 0; i < expected; ++i)
+        order[i] = static_cast<int>(i);
+    EXPECT_EQ(item->values, order);
+    EXPECT_EQ(manager.GetBufferedCount(), 0u);
+    EXPECT_EQ(manager.HandleMessage(VoMessageWorkflow(VoMessageWorkflow::eM_Stop)).Get(), 1);
+    manager.UnsubscribeAll();
+}
+
+TEST_F(WorkflowTest, BufferedMessagesAreReplayedInOrderAfterTheTarget)
+{
+    runBufferScenario(true, L"WfBufferOn");
+}
+
+TEST_F(WorkflowTest, WithoutBufferingMessagesDuringATransferAreRefused)
+{
+    runBufferScenario(false, L"WfBufferOff");
+}
