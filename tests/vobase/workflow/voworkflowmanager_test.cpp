@@ -257,3 +257,78 @@ TEST_F(WorkflowTest, WithoutBufferingMessagesDuringATransferAreRefused)
 {
     runBufferScenario(false, L"WfBufferOff");
 }
+
+TEST_F(WorkflowTest, InteractiveTransferFunctionSleepsWakesAndExitsOnThePool)
+{
+    VoWorkflowManager manager(L"WfInteractive", VoWorkflowManager::eWMF_None);
+    ASSERT_TRUE(manager.initMessageHandler());
+    BxSmartPointer<VoWorkflowState> import(new CImport), process(new CProcess);
+    manager.RegisterWorkflowState(import);
+    manager.RegisterWorkflowState(process);
+    BxSmartPointer<VoTransferFunctionInteractive> edit(new VoTransferFunctionInteractive(
+        BxSmartPointer<const VoMessageWorkflowAction>(new VoMessageCommand(5)), false, false, L"Edit"));
+    manager.RegisterTransferFunction(import, process, edit);
+    ASSERT_EQ(start(manager), 1);
+
+    EXPECT_EQ(manager.HandleMessage(VoMessageCommand(6)).Get(), 0);  // no transfer function for command 6
+    EXPECT_EQ(manager.GetCurrentState(), import);
+    EXPECT_EQ(manager.HandleMessage(VoMessageCommand(5)).Get(), 1);
+    EXPECT_TRUE(edit->IsRunning());
+    EXPECT_EQ(manager.GetCurrentTransferFunction(), edit);
+    EXPECT_EQ(manager.HandleMessage(VoMessageWorkflow(VoMessageWorkflow::eM_Sleep)).Get(), 1);
+    EXPECT_TRUE(edit->IsSleeping());
+    EXPECT_EQ(manager.HandleMessage(VoMessageWorkflow(VoMessageWorkflow::eM_Continue)).Get(), 1);
+    EXPECT_FALSE(edit->IsSleeping());
+    EXPECT_FALSE(manager.Stop());  // an interactive transfer function without break support refuses the stop
+
+    VoWorkflowManager::PostEndOfInteractiveTransferFunction(manager);
+    for (int round = 0; round < 2000 && !manager.GetStateEvent().IsSet(); ++round)
+        BxMessageLoop::ProcessPending(50);
+    EXPECT_EQ(manager.GetCurrentState(), process);
+    EXPECT_FALSE(edit->IsRunning());
+    EXPECT_TRUE(manager.IsLastEndInteractive());
+    EXPECT_TRUE(manager.Stop());
+    manager.UnsubscribeAll();
+}
+
+TEST_F(WorkflowTest, ErrorHandlerRepairsTheStartOrTheStartFails)
+{
+    class CFix : public VoTransferFunctionAutomatic
+    {
+    public:
+        CFix(const VoMessageHandlerBase& handler, CTrue& condition)
+            : VoTransferFunctionAutomatic(handler, BxSmartPointer<const VoMessageWorkflowAction>(new CMsgItem), false,
+                                          true, L"Fix"),
+              m_condition(condition)
+        {
+        }
+
+    protected:
+        void execute(const VoMessageWorkflowAction&) override { m_condition.result = true; }
+
+    private:
+        CTrue& m_condition;
+    };
+    for (bool withHandler : {false, true}) {
+        VoWorkflowManager manager(withHandler ? L"WfErrorFixed" : L"WfErrorFails", VoWorkflowManager::eWMF_None);
+        BxSmartPointer<CLogger> logger(new CLogger);
+        manager.SetLogger(logger);
+        BxSmartPointer<CTrue> ready(new CTrue);
+        ready->result = false;
+        BxSmartPointer<VoWorkflowState> import(new CImport);
+        manager.RegisterWorkflowState(import);
+        manager.RegisterWorkflowStateCondition(import, ready, true);
+        if (withHandler)
+            manager.RegisterErrorHandler(BxSmartPointer<VoTransferFunctionAutomatic>(new CFix(manager, *ready)));
+        EXPECT_EQ(start(manager), withHandler ? 1 : 0);
+        EXPECT_EQ(manager.IsStarted(), withHandler);
+        EXPECT_EQ(logger->lines.back(), withHandler ? L"Calling 'CImport::onInit'"
+                                                     : L"Could not start workflow manager 'WfErrorFails'");
+        BxStreamWriteASCIIStringT<CStringW> out;
+        manager.dumpConditions(out);
+        EXPECT_NE(out.GetString().find(withHandler ? L"\t- true      " : L"\t- false     "), std::wstring::npos);
+        if (withHandler)
+            EXPECT_TRUE(manager.Stop());
+        manager.UnsubscribeAll();
+    }
+}
