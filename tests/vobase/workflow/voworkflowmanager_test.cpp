@@ -63,7 +63,11 @@ public:
         : VoTransferFunctionAutomatic(handler, BxSmartPointer<const VoMessageWorkflowAction>(init), true, blocking, name)
     {
     }
-    std::vector<int> values;  // written where execute runs, read after a join through the manager
+    std::vector<int> Values() const
+    {
+        std::lock_guard lock(m_lock);
+        return m_values;
+    }
     BxEvent started, gate{true};
     int exceptions = 0;
     bool throwIt = false;
@@ -75,9 +79,14 @@ protected:
         gate.Wait();
         if (throwIt)
             throw BxException(__FILE__, __LINE__, "CRecordingTF::execute");
-        values.push_back(message.IsKindOf(CMsgItem::RTTI) ? static_cast<const CMsgItem&>(message).value : -1);
+        std::lock_guard lock(m_lock);
+        m_values.push_back(message.IsKindOf(CMsgItem::RTTI) ? static_cast<const CMsgItem&>(message).value : -1);
     }
     void onException(const BxException* exception) override { exceptions += exception ? 1 : 100; }
+
+private:
+    mutable std::mutex m_lock;  // guards m_values: execute may run on a pool thread
+    std::vector<int> m_values;
 };
 
 class CTrue : public VoWorkflowStateCondition
@@ -129,7 +138,7 @@ TEST_F(WorkflowTest, TransferFunctionBasics)
     tf->SetMessage(CMsgItem(3));
     tf->Run();
     tf->Run();  // the first run cleared the current message: the init message is used
-    EXPECT_EQ(tf->values, (std::vector<int>{3, 7}));
+    EXPECT_EQ(tf->Values(), (std::vector<int>{3, 7}));
     tf->Break();
     EXPECT_TRUE(tf->isBreak());
     tf->throwIt = true;
@@ -236,13 +245,13 @@ static void runBufferScenario(bool buffering, const wchar_t* name)
     EXPECT_EQ(manager.GetBufferedCount(), buffering ? 100u : 0u);
     load->gate.Set();
     const std::size_t expected = buffering ? 100 : 0;
-    for (int round = 0; round < 2000 && (!manager.GetCurrentState() || item->values.size() < expected); ++round)
+    for (int round = 0; round < 2000 && (!manager.GetCurrentState() || item->Values().size() < expected); ++round)
         BxMessageLoop::ProcessPending(50);
     EXPECT_EQ(manager.GetCurrentState(), process);
     std::vector<int> order(expected);
     for (std::size_t i = 0; i < expected; ++i)
         order[i] = static_cast<int>(i);
-    EXPECT_EQ(item->values, order);
+    EXPECT_EQ(item->Values(), order);
     EXPECT_EQ(manager.GetBufferedCount(), 0u);
     EXPECT_EQ(manager.HandleMessage(VoMessageWorkflow(VoMessageWorkflow::eM_Stop)).Get(), 1);
     manager.UnsubscribeAll();
@@ -331,4 +340,85 @@ TEST_F(WorkflowTest, ErrorHandlerRepairsTheStartOrTheStartFails)
             EXPECT_TRUE(manager.Stop());
         manager.UnsubscribeAll();
     }
+}
+
+namespace {
+class CCountingInterceptor : public Workflow::IInterceptorWorkflowManager
+{
+public:
+    void OnStart(const Workflow::CContextStart&) override { ++starts; }
+    void OnStop(const Workflow::CContextStop&) override { ++stops; }
+    void OnStateChange(const Workflow::CContextStateChange&) override { ++changes; }
+    void OnTransferFunctionStart(const Workflow::CContextTransferFunction&) override { ++tfStarts; }
+    void OnTransferFunctionEnd(const Workflow::CContextTransferFunction& c) override
+    {
+        ++tfEnds;
+        lastEnded = c.GetTransferFunction()->GetName();
+    }
+    int starts = 0, stops = 0, changes = 0, tfStarts = 0, tfEnds = 0;
+    std::wstring lastEnded;
+};
+}  // namespace
+
+TEST_F(WorkflowTest, StopDuringAPooledTransferFunctionBreaksItAndStopsAtItsEnd)
+{
+    VoWorkflowManager manager(L"WfStopPending", VoWorkflowManager::eWMF_BufferMessages);
+    ASSERT_TRUE(manager.initMessageHandler());
+    auto hooks = std::make_shared<CCountingInterceptor>();
+    manager.GetDispatcher()->Add(hooks);
+    BxSmartPointer<VoWorkflowState> import(new CImport), process(new CProcess);
+    manager.RegisterWorkflowState(import);
+    manager.RegisterWorkflowState(process);
+    EXPECT_THROW(manager.RegisterTransferFunction(import, BxSmartPointer<VoWorkflowState>(new CProcess),
+                                                  BxSmartPointer<VoTransferFunctionAutomatic>()),
+                 BxExceptionPreconditionViolation);
+    BxSmartPointer<CRecordingTF> load(new CRecordingTF(manager, new CMsgItem, false, L"Load"));
+    load->gate = load->getBreakEvent();  // runs until broken off
+    load->gate.Reset();
+    manager.RegisterTransferFunction(import, process, BxSmartPointer<VoTransferFunctionAutomatic>(load.get()));
+    ASSERT_EQ(start(manager), 1);
+
+    // A stray end while resting in a state changes nothing.
+    EXPECT_EQ(manager.HandleMessage(VoMessageWorkflowEndOfTF()).Get(), 0);
+    EXPECT_EQ(manager.GetCurrentState(), import);
+
+    EXPECT_EQ(manager.HandleMessage(CMsgItem(1)).Get(), 1);
+    ASSERT_TRUE(load->started.Wait());
+    EXPECT_EQ(manager.HandleMessage(CMsgItem(2)).Get(), 0);  // buffered
+    EXPECT_EQ(manager.HandleMessage(VoMessageWorkflow(VoMessageWorkflow::eM_Dump)).Get(), 1);
+    EXPECT_TRUE(manager.Stop());  // break support: the break event ends execute, the stop follows
+    for (int round = 0; round < 2000 && manager.IsStarted(); ++round)
+        BxMessageLoop::ProcessPending(50);
+    EXPECT_FALSE(manager.IsStarted());
+    EXPECT_FALSE(manager.GetCurrentState());
+    EXPECT_FALSE(manager.GetCurrentTransferFunction());
+    EXPECT_EQ(hooks->starts, 1);
+    EXPECT_EQ(hooks->stops, 1);
+    EXPECT_EQ(hooks->tfStarts, 1);
+    EXPECT_EQ(hooks->tfEnds, 1);
+    EXPECT_EQ(hooks->lastEnded, L"Load");
+    EXPECT_TRUE(manager.Unregister(BxSmartPointer<VoTransferFunction>(load.get())));
+    EXPECT_FALSE(manager.Unregister(BxSmartPointer<VoTransferFunction>(load.get())));
+    manager.UnsubscribeAll();
+}
+
+TEST_F(WorkflowTest, SleepBuffersActionMessagesAndContinueDrainsThem)
+{
+    VoWorkflowManager manager(L"WfSleep", VoWorkflowManager::eWMF_BufferMessages);
+    ASSERT_TRUE(manager.initMessageHandler());
+    BxSmartPointer<VoWorkflowState> process(new CProcess);
+    manager.RegisterWorkflowState(process);
+    BxSmartPointer<CRecordingTF> item(new CRecordingTF(manager, new CMsgItem, false, L"Item"));
+    manager.RegisterTransferFunction(process, process, BxSmartPointer<VoTransferFunctionAutomatic>(item.get()));
+    ASSERT_EQ(manager.HandleMessage(VoMessageWorkflow(VoMessageWorkflow::eM_StartSleeping)).Get(), 1);
+    EXPECT_TRUE(manager.IsSleeping());
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(manager.HandleMessage(CMsgItem(i)).Get(), 0);
+    EXPECT_TRUE(item->Values().empty());
+    EXPECT_EQ(manager.HandleMessage(VoMessageWorkflow(VoMessageWorkflow::eM_Continue)).Get(), 1);
+    for (int round = 0; round < 2000 && item->Values().size() < 3; ++round)
+        BxMessageLoop::ProcessPending(50);
+    EXPECT_EQ(item->Values(), (std::vector<int>{0, 1, 2}));
+    EXPECT_TRUE(manager.Stop());
+    manager.UnsubscribeAll();
 }
