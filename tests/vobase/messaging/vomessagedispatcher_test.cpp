@@ -6,6 +6,7 @@
 #include <bxbase/windows/bxmessageloop.h>
 #include <bxbase/windows/bxwindowsapi.h>
 
+#include <memory>
 #include <thread>
 
 namespace MessagingTest {
@@ -331,6 +332,22 @@ TEST_F(VoMessageDispatcherTest, FailedWakeUpIsLoggedAndTheEntryStays)
     CString next;
     windowless.getNameOfNextProcessedPostMessage(next);
     EXPECT_NE(next.find(L"CMsgA"), CString::npos);
+}
+
+TEST_F(VoMessageDispatcherTest, DestroyedHandlerReleasesTheSendersOfItsQueuedSends)
+{
+    BxEvent sendQueued;
+    auto handler = std::make_unique<CLocalRecorder>(L"DiesWithASend");
+    std::thread([&] { handler->Init(); }).join();  // its window, and so its wake-ups, die with that thread
+    handler->SetLogger(BxSmartPointer<Logging::ILogger>(new CCapturingLogger));
+    handler->Subscribe(CMsgA::RTTI);
+    handler->onSignalSend = [&] { sendQueued.Set(); };
+    LRESULT result = -1;
+    std::thread sender([&] { result = VoMessageDispatcher::SendMessageW(CMsgA(1)); });
+    ASSERT_TRUE(sendQueued.Wait(10000));
+    handler.reset();  // unsubscribes, then releases the waiting sender
+    sender.join();
+    EXPECT_EQ(result, 0);
 }
 
 TEST_F(VoMessageDispatcherTest, WindowMessageRanges)

@@ -42,6 +42,12 @@ VoMessageHandlerBase::VoMessageHandlerBase(const CStringW& name) : BxIClassName(
 
 VoMessageHandlerBase::~VoMessageHandlerBase()
 {
+    // Senders still waiting for this handler are released without its answer.
+    for (const VoSendNotification& entry : m_sendQueue)
+    {
+        if (entry.message != nullptr)
+            entry.status->CountDown();
+    }
     if (getDispatcher() == nullptr)
         return;
 #ifndef NDEBUG

@@ -71,9 +71,10 @@ public:
     explicit VoMessageHandlerBase(const CStringW& name);
     VoMessageHandlerBase(const VoMessageHandlerBase&) = delete;
     VoMessageHandlerBase& operator=(const VoMessageHandlerBase&) = delete;
-    /// Removes the name from the registry when the dispatcher knows the
-    /// handler (asserting in debug builds: it should have unsubscribed), then
-    /// releases the queued messages.
+    /// Releases the senders of queued sends (without an answer from this
+    /// handler) and the queued posts; removes the name from the registry when
+    /// the dispatcher still knows the handler (asserting in debug builds: it
+    /// should have called UnsubscribeAll).
     virtual ~VoMessageHandlerBase();
 
     /// The handler's type record; null unless a derived handler registers its class.
