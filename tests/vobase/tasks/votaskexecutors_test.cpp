@@ -218,8 +218,9 @@ protected:
     void SetUp() override
     {
         VoMessageDispatcher& dispatcher = VoMessageDispatcher::GetInstance();
-        if (!dispatcher.IsRunning())
+        if (!dispatcher.IsRunning()) {
             ASSERT_TRUE(dispatcher.StartAndWait());
+        }
     }
     /// Pumps this thread's messages until `done` holds.
     static void pumpUntil(const std::function<bool()>& done)

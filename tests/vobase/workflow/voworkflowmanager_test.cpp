@@ -103,8 +103,9 @@ class WorkflowTest : public ::testing::Test
 protected:
     static void SetUpTestSuite()
     {
-        if (!VoMessageDispatcher::GetInstance().IsRunning())
+        if (!VoMessageDispatcher::GetInstance().IsRunning()) {
             ASSERT_TRUE(VoMessageDispatcher::GetInstance().StartAndWait());
+        }
     }
 };
 
@@ -118,7 +119,7 @@ std::int64_t start(VoWorkflowManager& manager)
 TEST(WorkflowMessages, DumpTextsNameEachValue)
 {
     EXPECT_EQ(VoMessageWorkflow(VoMessageWorkflow::eM_Reevaluate).ToString(), L"VoMessageWorkflow (eM_Reevaluate)");
-    EXPECT_EQ(VoMessageWorkflow(static_cast<VoMessageWorkflow::EMessage>(8)).ToString(), L"VoMessageWorkflow (???)");
+    EXPECT_EQ(VoMessageWorkflow(static_cast<VoMessageWorkflow::EMessage>(8)).ToString(), L"VoMessageWorkflow (?\?\?)");
     EXPECT_EQ(VoMessageWorkflowEndOfTF().ToString(), L"VoMessageWorkflowEndOfTF (eM_EndOfATF)");
     EXPECT_STREQ(VoMessageWorkflowEndOfTF::GetName(2), L"eM_EndOfITFExit");
     EXPECT_STREQ(VoMessageWorkflowEndOfTF::GetName(3), L"???");
@@ -336,8 +337,9 @@ TEST_F(WorkflowTest, ErrorHandlerRepairsTheStartOrTheStartFails)
         BxStreamWriteASCIIStringT<CStringW> out;
         manager.dumpConditions(out);
         EXPECT_NE(out.GetString().find(withHandler ? L"\t- true      " : L"\t- false     "), std::wstring::npos);
-        if (withHandler)
+        if (withHandler) {
             EXPECT_TRUE(manager.Stop());
+        }
         manager.UnsubscribeAll();
     }
 }
