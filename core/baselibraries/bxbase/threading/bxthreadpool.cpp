@@ -142,8 +142,7 @@ void BxThreadPool::onBlocking(void* context, bool blocked)
     if (blocked)
     {
         ++pool->m_blocked;
-        if (pool->m_idle == 0)
-            pool->growLocked();
+        pool->wakeForWorkLocked();
     }
     else
         --pool->m_blocked;
@@ -157,6 +156,18 @@ bool BxThreadPool::hasWorkLocked() const
 unsigned BxThreadPool::activeLocked() const
 {
     return m_threadCount - m_blocked - m_parked + m_unparkTokens;
+}
+
+void BxThreadPool::wakeForWorkLocked()
+{
+    if (!hasWorkLocked())
+        return;
+    // A sleeping worker counts as one that takes tasks, so wake it rather
+    // than start another. A spurious wake-up only costs it one more look.
+    if (m_idle > 0)
+        m_wake.notify_one();
+    else
+        growLocked();
 }
 
 void BxThreadPool::growLocked()
@@ -226,7 +237,10 @@ bool BxThreadPool::spinForWork(std::unique_lock<std::mutex>& lock)
         found = m_queuedCount.load(std::memory_order_relaxed) > 0 || m_stoppingFlag.load(std::memory_order_relaxed);
     }
     lock.lock();
-    return found;
+    // A task added after the last look but before the lock was taken again
+    // saw this worker as busy and woke nobody: look once more under the lock,
+    // or the worker would sleep beside queued work.
+    return found || hasWorkLocked() || m_stopping;
 }
 
 BxSmartPointer<BxTask> BxThreadPool::popLocked()
@@ -259,6 +273,9 @@ void BxThreadPool::workerMain(SWorker* self)
         // when no wait needed it.
         if (activeLocked() > m_workerCount)
         {
+            // This worker may have been woken for a task: hand the wake-up on
+            // before parking, or the task could wait beside sleeping workers.
+            wakeForWorkLocked();
             if (!parkLocked(lock))
                 break;
             continue;

@@ -102,6 +102,8 @@ private:
     bool spinForWork(std::unique_lock<std::mutex>& lock);
     BxSmartPointer<BxTask> popLocked();
     bool hasWorkLocked() const;
+    /// When work is queued: wakes a sleeping worker, or else grows (below).
+    void wakeForWorkLocked();
     /// Wakes a parked worker or starts one when work is queued and too few workers are unblocked.
     void growLocked();
     /// Workers that take tasks: neither blocked nor parked (wake-ups under way count).
