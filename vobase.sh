@@ -59,7 +59,8 @@ case "${1:-}" in
     report)
         ensure_packages python3-matplotlib
         build
-        python3 bench/report.py --build build/release
+        # Debian's interpreter: python3-matplotlib is installed for it.
+        /usr/bin/python3 bench/report.py --build build/release "${@:2}"
         ;;
     *)
         sed -n '2,10p' "$0"

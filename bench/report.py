@@ -28,12 +28,19 @@ def run_program(path, repetitions, bench_filter):
         args.append(f"--benchmark_filter={bench_filter}")
     print(f"running {os.path.basename(path)}", file=sys.stderr, flush=True)
     subprocess.run(args, check=True, stdout=subprocess.DEVNULL)
-    with open(out) as f:
-        data = json.load(f)
-    os.remove(out)
+    try:
+        with open(out) as f:
+            text = f.read()
+        os.remove(out)
+    except FileNotFoundError:
+        text = ""
+    if not text.strip():  # the filter matched nothing in this program
+        return {}
+    data = json.loads(text)
     medians = {}
     for b in data.get("benchmarks", []):
-        if b.get("aggregate_name") == "median":
+        # With one repetition there are no aggregates: the run itself is the median.
+        if b.get("aggregate_name") == "median" or (repetitions == 1 and b.get("run_type") == "iteration"):
             medians[b["run_name"]] = b
     return medians
 
@@ -98,10 +105,19 @@ def main():
                 ratio = ours_value / peer_value
             goal = row.get("goal")
             better = row.get("better", "lower")
+            # An absolute row has no peer: its goal is in the figure's own unit.
+            absolute = row.get("absolute", False)
+            judged = ours_value if absolute else ratio
             met = ""
-            if ratio is not None and goal is not None:
-                met = "yes" if (ratio <= goal if better == "lower" else ratio >= goal) else "no"
-            goal_text = "" if goal is None else ("<= %gx" % goal if better == "lower" else ">= %gx" % goal)
+            if judged is not None and goal is not None:
+                met = "yes" if (judged <= goal if better == "lower" else judged >= goal) else "no"
+            sign = "<=" if better == "lower" else ">="
+            if goal is None:
+                goal_text = ""
+            elif absolute:
+                goal_text = f"{sign} {format_value(goal, metric)}"
+            else:
+                goal_text = f"{sign} {goal:g}x"
             lines.append(f"| {row['label']} | {format_value(ours_value, metric)} | "
                          f"{format_value(peer_value, metric) if row.get('peer') else ''} | "
                          f"{'' if ratio is None else '%.2fx' % ratio} | {goal_text} | {met} |")
