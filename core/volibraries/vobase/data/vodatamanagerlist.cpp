@@ -1,53 +1,20 @@
 #include <vobase/data/vodatamanagerlist.h>
 
-#include <bxbase/threading/bxcriticalsection.h>
-
-#include <algorithm>
+#include <bxbase/threading/bxinstancelistt.h>
 
 namespace {
 
-struct SDataManagerList
-{
-    BxCriticalSection lock;           ///< guards managers and the emission of the signals
-    BxList<VoDataManager*> managers;  ///< oldest first
-    BxSignalT<VoDataManager*> added;
-    BxSignalT<VoDataManager*> removed;
-};
-
 /// Never destroyed: managers may be destroyed during static destruction.
-SDataManagerList& dataManagerList()
+BxInstanceListT<VoDataManager>& dataManagerList()
 {
-    static SDataManagerList* const list = new SDataManagerList;
+    static auto* const list = new BxInstanceListT<VoDataManager>;
     return *list;
 }
 
 }  // namespace
 
-void DataManagerListAdd(VoDataManager& manager)
-{
-    SDataManagerList& list = dataManagerList();
-    BxCriticalSectionLocker locker(list.lock);
-    list.managers.push_back(&manager);
-    list.added.Emit(&manager);
-}
-
-void DataManagerListRemove(VoDataManager& manager)
-{
-    SDataManagerList& list = dataManagerList();
-    BxCriticalSectionLocker locker(list.lock);
-    const auto entry = std::find(list.managers.begin(), list.managers.end(), &manager);
-    if (entry == list.managers.end())
-        return;
-    list.managers.erase(entry);
-    list.removed.Emit(&manager);
-}
-
-BxList<VoDataManager*> DataManagerListGetIterator()
-{
-    SDataManagerList& list = dataManagerList();
-    BxCriticalSectionLocker locker(list.lock);
-    return list.managers;
-}
-
-BxSignalT<VoDataManager*>& DataManagerListGetAddSignal() { return dataManagerList().added; }
-BxSignalT<VoDataManager*>& DataManagerListGetRemoveSignal() { return dataManagerList().removed; }
+void DataManagerListAdd(VoDataManager& manager) { dataManagerList().Add(manager); }
+void DataManagerListRemove(VoDataManager& manager) { dataManagerList().Remove(manager); }
+BxList<VoDataManager*> DataManagerListGetIterator() { return dataManagerList().GetSnapshot(); }
+BxSignalT<VoDataManager*>& DataManagerListGetAddSignal() { return dataManagerList().GetAddSignal(); }
+BxSignalT<VoDataManager*>& DataManagerListGetRemoveSignal() { return dataManagerList().GetRemoveSignal(); }
