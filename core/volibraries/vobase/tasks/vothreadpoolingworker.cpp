@@ -1,45 +1,13 @@
 #include <vobase/tasks/vothreadpoolingworker.h>
 
-#include <bxbase/bxexception.h>
-#include <bxbase/threading/bxthreadapi.h>
-
-namespace {
-
-DWORD_PTR processAffinityMask()
-{
-    DWORD_PTR processMask = 0, systemMask = 0;
-    return GetProcessAffinityMask(GetCurrentProcess(), &processMask, &systemMask) ? processMask : 0;
-}
-
-}  // namespace
+#include <vobase/tasks/voqueueworkerloop.h>
 
 VoThreadPoolingWorker::VoThreadPoolingWorker(BxSmartPointer<VoTaskManagerPooling> queue, EThreadPriority priority)
     : BxThread(L"VoThreadPoolingWorker", priority), m_queue(std::move(queue)),
-      m_processAffinityMask(processAffinityMask())
+      m_processAffinityMask(VoReadProcessAffinityMask())
 {
     SetAffinityMask(m_processAffinityMask);
     SetThreadFunction(&VoThreadPoolingWorker::work);
 }
 
-DWORD VoThreadPoolingWorker::work()
-{
-    try
-    {
-        for (BxSmartPointer<ITaskSimple> task = m_queue->GetNextTask(); task; task = m_queue->GetNextTask())
-        {
-            try
-            {
-                task->Run();
-            }
-            catch (...)
-            {
-                // One failing task never ends the worker.
-            }
-        }
-    }
-    catch (...)
-    {
-        return 0;  // the factory failed
-    }
-    return 1;
-}
+DWORD VoThreadPoolingWorker::work() { return VoRunQueuedTasks([this] { return m_queue->GetNextTask(); }); }
