@@ -51,6 +51,8 @@ TYPED_TEST(ParameterSetTest, LimitsGuardSetParameter)
         FAIL() << "11 accepted";
     } catch (const BxException& e) {
         EXPECT_EQ(e.GetFunctionName(), functionOf<TypeParam>("SetParameter"));
+        const char* source = std::is_same_v<TypeParam, VoParameterSet> ? "voparameterset" : "voclassparameterset";
+        EXPECT_NE(e.GetSourceFile().find(source), std::string::npos) << e.GetSourceFile();
     }
     EXPECT_THROW(set.SetParameter(L"gain", BxVariant(-0.5)), BxException);
     BxVariant out;
