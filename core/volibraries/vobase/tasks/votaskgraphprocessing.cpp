@@ -140,10 +140,12 @@ bool VoTaskGraphProcessing::process(VoGraphNode& node)
     return true;
 }
 
-// Every branch becomes a child task; the children are waited for in order (a
-// child still queued runs right here). They must all have stopped at the same
-// join; when one of them ended before reaching it (a break, an item that was
-// not ready or failed), the join is not run.
+// Every branch becomes a child task. All but the last go to the pool; the
+// last runs right here, which saves it the trip through the pool and keeps
+// this thread busy. Then the children are waited for in order (a child still
+// queued runs right here too). They must all have stopped at the same join;
+// when one of them ended before reaching it (a break, an item that was not
+// ready or failed), the join is not run.
 VoGraphNode* VoTaskGraphProcessing::fork(VoGraphNode& node, bool& ok)
 {
     const VoGraphConnectionList& successors = node.GetOutgoingConnections();
@@ -152,10 +154,12 @@ VoGraphNode* VoTaskGraphProcessing::fork(VoGraphNode& node, bool& ok)
     BxThreadPool& pool = BxThreadPool::GetInstance();
     for (const auto& connection : successors)
     {
+        if (!children.empty())
+            pool.AddTask(children.back(), m_priority);
         children.emplace_back(new VoTaskGraphProcessing(*m_manager, *connection->GetNode(VoGraphConnection::eNT_Target),
                                                         m_taskID, nullptr, BxSmartPointer<BxTask>(), m_priority));
-        pool.AddTask(children.back(), m_priority);
     }
+    runInline(*children.back());
     VoGraphNode* join = nullptr;
     bool reached = true;
     for (std::size_t i = 0; i < children.size(); ++i)
@@ -172,6 +176,19 @@ VoGraphNode* VoTaskGraphProcessing::fork(VoGraphNode& node, bool& ok)
         join = stop;
     }
     return reached ? join : nullptr;
+}
+
+void VoTaskGraphProcessing::runInline(VoTaskGraphProcessing& child)
+{
+    try
+    {
+        child.Run();
+    }
+    catch (...)
+    {
+        // As on the pool: the child's failure is marked on its node and logged
+        // by its onException; what it rethrows does not fail this branch.
+    }
 }
 
 void VoTaskGraphProcessing::finish()

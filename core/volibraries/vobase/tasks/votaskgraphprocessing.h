@@ -65,6 +65,8 @@ private:
     /// Forks one child per successor, waits for them and returns the common join (or null).
     /// `ok` becomes false when the children disagree about the join.
     VoGraphNode* fork(VoGraphNode& node, bool& ok);
+    /// Runs a fork child on this thread, swallowing what its onException rethrows.
+    static void runInline(VoTaskGraphProcessing& child);
     /// The closing marks of a root task.
     void finish();
 
