@@ -58,6 +58,7 @@
 #include <bxbase/threading/bxblockingscope.h>
 #include <bxbase/threading/bxcriticalsection.h>
 #include <bxbase/threading/bxevent.h>
+#include <bxbase/threading/bxinstancelistt.h>
 #include <bxbase/threading/bxmutex.h>
 #include <bxbase/threading/bxsignalt.h>
 #include <bxbase/threading/bxsingleton.h>

@@ -77,6 +77,7 @@
 #include <vobase/objects/vodatanodeulong.h>
 #include <vobase/objects/vonode.h>
 #include <vobase/objects/voparametermaps.h>
+#include <vobase/objects/voparametermapst.h>
 #include <vobase/objects/voparameterset.h>
 #include <vobase/objects/vosemanticversion.h>
 #include <vobase/objects/vouniqueidt.h>
@@ -117,6 +118,7 @@
 #include <vobase/tasks/iworkitem.h>
 #include <vobase/tasks/staskcontrols.h>
 #include <vobase/tasks/sworkitemstatus.h>
+#include <vobase/tasks/voqueueworkerloop.h>
 #include <vobase/tasks/votaskalgorithm.h>
 #include <vobase/tasks/votaskfinalizer.h>
 #include <vobase/tasks/votaskfinalizertasklf.h>
