@@ -1,0 +1,3 @@
+#include "msganswer.h"
+
+BX_IMPLEMENT_RTTI(CMsgAnswer, &VoMessage::RTTI)

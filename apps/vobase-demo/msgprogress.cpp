@@ -1,0 +1,3 @@
+#include "msgprogress.h"
+
+BX_IMPLEMENT_RTTI(CMsgProgress, &VoMessage::RTTI)

@@ -1,0 +1,3 @@
+#include "msgrequest.h"
+
+BX_IMPLEMENT_RTTI(CMsgRequest, &VoMessage::RTTI)
