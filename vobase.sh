@@ -40,7 +40,7 @@ case "${1:-}" in
     demo)
         ensure_packages
         build
-        ./build/release/apps/vobase-demo/vobase-demo
+        ./build/release/apps/vobase-demo/vobase-demo --dot build/release/vobase-demo-tasks.dot
         ;;
     test)
         ensure_packages
