@@ -341,3 +341,32 @@ TEST(VoDataNode, TypedNodesAndTheRegistry)
     const Node baseOwned(dynamic_cast<VoNode*>(base.release()));
     EXPECT_FALSE(baseOwned->IsKindOfData(BxInt32::RTTI));
 }
+
+TEST(VoNode, FindChildInLongChildListsFollowsRemovalAndRenaming)
+{
+    // Long child lists are searched through a name index: it must follow
+    // every way the list changes.
+    const Node root = makeNode(L"root");
+    std::vector<Node> children;
+    for (int i = 0; i < 100; ++i) {
+        children.push_back(makeNode((L"c" + std::to_wstring(i)).c_str()));
+        Access::Link(root, children.back());
+    }
+    for (int i = 0; i < 100; ++i)
+        EXPECT_EQ(root->FindChild(L"c" + std::to_wstring(i)), children[i]) << i;
+    EXPECT_FALSE(root->FindChild(L"c100"));
+
+    Access::Unlink(children[40], false, false);
+    EXPECT_FALSE(root->FindChild(L"c40"));
+    EXPECT_EQ(root->GetChildrenCount(), 99u);
+
+    children[41]->SetName(L"renamed");  // the tree is not managed
+    EXPECT_FALSE(root->FindChild(L"c41"));
+    EXPECT_EQ(root->FindChild(L"renamed"), children[41]);
+
+    Access::Release(root);
+    EXPECT_FALSE(root->FindChild(L"c0"));
+    Access::Link(root, children[0]);  // short again: found by scanning
+    EXPECT_EQ(root->FindChild(L"c0"), children[0]);
+    Access::Release(root);
+}

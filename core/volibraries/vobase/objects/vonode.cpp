@@ -12,6 +12,8 @@ BX_IMPLEMENT_RTTI(VoNode)
 namespace {
 
 constexpr std::size_t c_childBlock = 10;
+/// Child lists at least this long get a name index.
+constexpr std::size_t c_childIndexThreshold = 32;
 constexpr std::size_t c_threadBuckets = 128;
 constexpr float c_threadLoadFactor = 1.5f;
 
@@ -40,6 +42,7 @@ VoNode::~VoNode()
         }
     }
     m_children.clear();
+    m_childIndex.reset();
 }
 
 // --- children and parent ---------------------------------------------------
@@ -47,6 +50,10 @@ VoNode::~VoNode()
 BxSmartPointer<VoNode> VoNode::FindChild(const CStringW& name)
 {
     BxCriticalSectionLocker lock(m_lock);
+    if (m_childIndex) {
+        const auto entry = m_childIndex->find(name);
+        return entry == m_childIndex->end() ? nullptr : BxSmartPointer<VoNode>(entry->second);
+    }
     for (const BxSmartPointer<VoNode>& child : m_children)
         if (child->GetName() == name)
             return child;
@@ -115,6 +122,14 @@ void VoNode::addChild(BxSmartPointer<VoNode>& child)
     if (m_children.capacity() == m_children.size())
         m_children.reserve(m_children.size() + std::max(c_childBlock, m_children.size() / 2));
     m_children.push_back(child);
+    if (m_childIndex)
+        m_childIndex->emplace(child->GetName(), child.get());
+    else if (m_children.size() >= c_childIndexThreshold) {
+        m_childIndex = std::make_unique<std::unordered_map<CStringW, VoNode*>>();
+        m_childIndex->reserve(m_children.size() * 2);
+        for (const BxSmartPointer<VoNode>& each : m_children)
+            m_childIndex->emplace(each->GetName(), each.get());
+    }
 }
 
 void VoNode::unlink(bool withChildren, bool clearDataManager)
@@ -127,6 +142,11 @@ void VoNode::unlink(bool withChildren, bool clearDataManager)
             BxCriticalSectionLocker lock(parent->m_lock);
             auto& siblings = parent->m_children;
             siblings.erase(std::remove(siblings.begin(), siblings.end(), self), siblings.end());
+            if (parent->m_childIndex) {
+                const auto entry = parent->m_childIndex->find(GetName());
+                if (entry != parent->m_childIndex->end() && entry->second == this)
+                    parent->m_childIndex->erase(entry);
+            }
             if (m_parent == parent) {
                 previous = std::move(m_parent);
                 m_parentLock.store(&m_lock, std::memory_order_release);
@@ -145,6 +165,7 @@ void VoNode::unlinkChildren()
     // This node's lock guards every child's parent link.
     Children children;
     children.swap(m_children);
+    m_childIndex.reset();
     for (BxSmartPointer<VoNode>& child : children) {
         if (child->m_parent.get() == this) {
             child->m_parentLock.store(&child->m_lock, std::memory_order_release);
@@ -180,8 +201,21 @@ void VoNode::SetName(const CStringW& name)
 {
     if (IsManaged())
         BX_THROW(BxException, "VoNode::SetName", L"node \"" + GetName() + L"\" is in a data tree");
-    BxCriticalSectionLocker lock(m_lock);
-    setName(name);
+    // The parent-link guard is the parent's lock while there is a parent: it
+    // also guards the parent's name index, which must follow the new name.
+    BxCriticalSection& guard = lockParentLink();
+    VoNode* parent = m_parent.get();
+    if (parent != nullptr && parent->m_childIndex) {
+        const auto entry = parent->m_childIndex->find(GetName());
+        if (entry != parent->m_childIndex->end() && entry->second == this)
+            parent->m_childIndex->erase(entry);
+        parent->m_childIndex->emplace(name, this);
+    }
+    {
+        BxCriticalSectionLocker lock(m_lock);
+        setName(name);
+    }
+    guard.Unlock();
 }
 
 bool VoNode::isTrackModifications() const { return m_trackModificationMode == eTMM_Track; }

@@ -53,7 +53,9 @@
 #include <atomic>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <typeinfo>
+#include <unordered_map>
 
 class VoDataManager;
 
@@ -215,6 +217,10 @@ private:
     std::atomic<VoDataManager*> m_dataManager{nullptr};
     /// Guarded by m_lock.
     Children m_children;
+    /// Children by name, made once a node has c_childIndexThreshold children so
+    /// that FindChild (and with it every insertion, which checks the name) does
+    /// not scan long child lists; null below that. Guarded by m_lock.
+    std::unique_ptr<std::unordered_map<CStringW, VoNode*>> m_childIndex;
     /// Guarded by the lock that m_parentLock points to.
     BxSmartPointer<VoNode> m_parent;
     /// The lock guarding m_parent: the parent's m_lock while linked, else m_lock.
