@@ -603,23 +603,27 @@ void VoWorkflowManager::unregisterMessages(const VoWorkflowState& state)
 
 // ---------------------------------------------------------------- evaluation and error handler
 
+bool VoWorkflowManager::holds(const VoWorkflowState& state)
+{
+    for (const auto& [condition, wanted] : state.GetConditions()) {
+        auto known = m_conditionValues.find(condition);
+        const bool value = known != m_conditionValues.end() ? known->second : condition->Evaluate();
+        if (value != wanted)
+            return false;
+    }
+    return true;
+}
+
 BxSmartPointer<VoWorkflowState> VoWorkflowManager::evaluateCurrentWorkflowState()
 {
     for (auto& [condition, value] : m_conditionValues)
         value = condition->Evaluate();
-    for (const auto& state : m_states) {
-        bool holds = true;
-        for (const auto& [condition, wanted] : state->GetConditions()) {
-            auto known = m_conditionValues.find(condition);
-            const bool value = known != m_conditionValues.end() ? known->second : condition->Evaluate();
-            if (value != wanted) {
-                holds = false;
-                break;
-            }
-        }
-        if (holds)
+    // A state that still holds stays current, even when an earlier registered one holds too.
+    if (m_currentState && holds(*m_currentState))
+        return m_currentState;
+    for (const auto& state : m_states)
+        if (holds(*state))
             return state;
-    }
     BX_THROW(BxException, "VoWorkflowManager::evaluateCurrentWorkflowState", "no workflow state holds");
 }
 

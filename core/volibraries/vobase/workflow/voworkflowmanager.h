@@ -35,8 +35,10 @@
 // own (VoMessageWorkflowNextMsgBuffered posted to the manager itself).
 //
 // Choices this class makes where the workflow model leaves them open:
-//   - evaluateCurrentWorkflowState picks the first registered state whose
-//     conditions all hold (a state without conditions always holds);
+//   - evaluateCurrentWorkflowState keeps the current state while its
+//     conditions all hold; otherwise (and at the start) it picks the first
+//     registered state whose conditions all hold (a state without conditions
+//     always holds);
 //   - the buffer filter (filterMessageForBuffer) accepts every action message;
 //   - the next buffered message is posted whenever a state has been entered
 //     (start, end of a transfer function, continue), so the buffer drains;
@@ -251,7 +253,8 @@ protected:
     std::int64_t onMsgEndOfTF(VoMessageWorkflowEndOfTF::EMessage kind);
     std::int64_t onAfterEndOfTF();
     std::int64_t onMsgNextBufferedMsg();
-    /// The first registered state whose conditions hold; BxException when none.
+    /// The current state while its conditions hold, else the first registered
+    /// state whose conditions hold; BxException when none.
     BxSmartPointer<VoWorkflowState> evaluateCurrentWorkflowState();
     /// Runs the error handler for `state`; false when there is none or it failed.
     bool runErrorHandler(const BxSmartPointer<const VoWorkflowState>& state);
@@ -288,6 +291,8 @@ private:
     void logReceived(const VoMessage& message) const;
     void logCalling(const wchar_t* callee, const wchar_t* operation) const;
 
+    /// Whether every condition of `state` has the value it asks for, as of the latest evaluation.
+    bool holds(const VoWorkflowState& state);
     BxSmartPointer<VoWorkflowState> evaluateWithErrorHandler(const BxSmartPointer<const VoWorkflowState>& state);
     void setCurrentState(const BxSmartPointer<VoWorkflowState>& state);
     void setExtendedState(const BxSmartPointer<VoWorkflowState>& state);
