@@ -59,7 +59,9 @@
 #include <bxbase/threading/bxcriticalsection.h>
 #include <bxbase/threading/bxevent.h>
 #include <bxbase/threading/bxinstancelistt.h>
+#include <bxbase/threading/bxlockt.h>
 #include <bxbase/threading/bxmutex.h>
+#include <bxbase/threading/bxscopedlock.h>
 #include <bxbase/threading/bxsignalt.h>
 #include <bxbase/threading/bxsingleton.h>
 #include <bxbase/threading/bxtask.h>

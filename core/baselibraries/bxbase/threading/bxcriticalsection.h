@@ -12,38 +12,14 @@
 #pragma once
 
 #include <bxbase/bxbaseapi.h>
+#include <bxbase/threading/bxlockt.h>
+#include <bxbase/threading/bxscopedlock.h>
 
 #include <mutex>
 
-class BXBASE_API BxCriticalSection
+class BXBASE_API BxCriticalSection : public BxLockT<std::recursive_mutex>
 {
-public:
-    BxCriticalSection() = default;
-    BxCriticalSection(const BxCriticalSection&) = delete;
-    BxCriticalSection& operator=(const BxCriticalSection&) = delete;
-
-    void Lock() { m_mutex.lock(); }
-    bool TryLock() { return m_mutex.try_lock(); }
-    void Unlock() { m_mutex.unlock(); }
-
-    // Lockable
-    void lock() { m_mutex.lock(); }
-    bool try_lock() { return m_mutex.try_lock(); }
-    void unlock() { m_mutex.unlock(); }
-
-private:
-    std::recursive_mutex m_mutex;
 };
 
 /// Holds a BxCriticalSection for the lifetime of the locker.
-class BxCriticalSectionLocker
-{
-public:
-    explicit BxCriticalSectionLocker(BxCriticalSection& lock) : m_lock(lock) { m_lock.Lock(); }
-    ~BxCriticalSectionLocker() { m_lock.Unlock(); }
-    BxCriticalSectionLocker(const BxCriticalSectionLocker&) = delete;
-    BxCriticalSectionLocker& operator=(const BxCriticalSectionLocker&) = delete;
-
-private:
-    BxCriticalSection& m_lock;
-};
+using BxCriticalSectionLocker = BxScopedLock<BxCriticalSection>;

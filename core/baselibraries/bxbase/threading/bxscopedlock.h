@@ -1,0 +1,30 @@
+// Holds any lock with Lock()/Unlock() (BxMutex, BxCriticalSection) for its
+// lifetime; Unlock() releases it early. BxMutexLocker and
+// BxCriticalSectionLocker are this class for their locks.
+//
+//   BxScopedLock<BxCriticalSection> locker(m_lock);
+//   ...
+//   locker.Unlock();   // optional: before a slow call that needs no lock
+#pragma once
+
+#include <utility>
+
+template <class TLock>
+class BxScopedLock
+{
+public:
+    explicit BxScopedLock(TLock& lock) : m_lock(&lock) { m_lock->Lock(); }
+    ~BxScopedLock() { Unlock(); }
+    BxScopedLock(const BxScopedLock&) = delete;
+    BxScopedLock& operator=(const BxScopedLock&) = delete;
+
+    /// Releases the lock before the end of the scope (once; later calls do nothing).
+    void Unlock()
+    {
+        if (m_lock)
+            std::exchange(m_lock, nullptr)->Unlock();
+    }
+
+private:
+    TLock* m_lock;
+};
