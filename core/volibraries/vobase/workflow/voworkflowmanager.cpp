@@ -115,6 +115,32 @@ void VoWorkflowManager::reportError() noexcept
     }
 }
 
+template <class Callback>
+void VoWorkflowManager::callState(VoWorkflowState& state, Callback&& callback)
+{
+    try {
+        callback();
+    } catch (...) {
+        try {
+            throw;
+        } catch (const BxException& exception) {
+            tellState(state, &exception);
+        } catch (...) {
+            tellState(state, nullptr);
+        }
+        throw;
+    }
+}
+
+void VoWorkflowManager::tellState(VoWorkflowState& state, const BxException* exception) noexcept
+{
+    try {
+        state.onException(exception);
+    } catch (...) {
+        // the original exception goes on; this one has nowhere to go
+    }
+}
+
 template <class Hook>
 bool VoWorkflowManager::callHook(Hook&& hook)
 {
@@ -673,8 +699,8 @@ bool VoWorkflowManager::onStartWorkflow(bool sleeping)
         if (!sleeping)
             registerMessages(*state);
         logCalling(state->GetClassNameW(), L"onInit");
-        state->onInit(sleeping);
-        state->onAfterEnter();
+        callState(*state, [&] { state->onInit(sleeping); });
+        callState(*state, [&] { state->onAfterEnter(); });
         setStateEvent();
         dispatch(&Workflow::IInterceptorWorkflowManager::OnStart, Workflow::CContextStart(*this, state, sleeping));
         dispatch(&Workflow::IInterceptorWorkflowManager::OnStateChange,
@@ -724,7 +750,7 @@ bool VoWorkflowManager::onStopWorkflow()
         setCurrentState(nullptr);
         if (left) {
             setExtendedState(left);
-            left->onExit();
+            callState(*left, [&] { left->onExit(); });
         }
         m_status = 0;
         dispatch(&Workflow::IInterceptorWorkflowManager::OnStop, Workflow::CContextStop(*this, left));
@@ -772,7 +798,7 @@ bool VoWorkflowManager::onSleepWorkflow()
                 m_currentState->GetClassNameW());
             unregisterMessages(*m_currentState);
             logCalling(m_currentState->GetClassNameW(), L"onSleep");
-            m_currentState->onSleep();
+            callState(*m_currentState, [&] { m_currentState->onSleep(); });
         } else if (m_current.transferFunction) {
             const wchar_t* name = m_current.transferFunction->GetName().c_str();
             if (m_interactive) {
@@ -822,14 +848,14 @@ bool VoWorkflowManager::onContinueWorkflow()
             state->GetClassNameW(), activity(false));
         setCurrentState(state);
         setExtendedState(state);
-        state->onAfterEnter();
+        callState(*state, [&] { state->onAfterEnter(); });
         dispatch(&Workflow::IInterceptorWorkflowManager::OnStateChange,
                  Workflow::CContextStateChange(*this, left, state));
     }
     setStateEvent();
     registerMessages(*m_currentState);
     logCalling(m_currentState->GetClassNameW(), L"onContinue");
-    m_currentState->onContinue();
+    callState(*m_currentState, [&] { m_currentState->onContinue(); });
     postMessageNextBufferedMsg();
     return true;
 }
@@ -862,11 +888,11 @@ bool VoWorkflowManager::onReevaluateWorkflow()
             registerMessages(*state);
         log(eLL_Info, "VoWorkflowManager::onReevaluateWorkflow", L"Entering workflow state '%s' %s",
             state->GetClassNameW(), activity(sleeping));
-        state->onAfterEnter();
+        callState(*state, [&] { state->onAfterEnter(); });
         dispatch(&Workflow::IInterceptorWorkflowManager::OnStateChange,
                  Workflow::CContextStateChange(*this, left, state));
     }
-    state->onReevaluate(changed);
+    callState(*state, [&] { state->onReevaluate(changed); });
     return true;
 }
 
@@ -1010,9 +1036,9 @@ void VoWorkflowManager::initWorkflowStateAfterTF(const STransferFunction& tf)
     const BxSmartPointer<VoWorkflowState>& target = tf.target;
     if (left && left != target) {
         logCalling(left->GetClassNameW(), L"onAfterDifferentWFSLeft");
-        left->onAfterDifferentWFSLeft(sleeping);
+        callState(*left, [&] { left->onAfterDifferentWFSLeft(sleeping); });
         logCalling(target->GetClassNameW(), L"onBeforeDifferentWFSReached");
-        target->onBeforeDifferentWFSReached();
+        callState(*target, [&] { target->onBeforeDifferentWFSReached(); });
     }
     log(eLL_Info, "VoWorkflowManager::initWorkflowStateAfterTF", L"Entering workflow state '%s'",
         target->GetClassNameW());
@@ -1021,7 +1047,7 @@ void VoWorkflowManager::initWorkflowStateAfterTF(const STransferFunction& tf)
     if (!sleeping)
         registerMessages(*target);
     setStateEvent();
-    target->onAfterEnter();
+    callState(*target, [&] { target->onAfterEnter(); });
     dispatch(&Workflow::IInterceptorWorkflowManager::OnStateChange,
              Workflow::CContextStateChange(*this, nullptr, target));
     if (!sleeping)

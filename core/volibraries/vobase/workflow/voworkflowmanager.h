@@ -57,7 +57,10 @@
 //     (current message, buffer): their classes must be clonable
 //     (BX_IMPLEMENT_RTTI_CLONABLE), else they cannot start an automatic
 //     transfer function or be buffered;
-//   - stray end messages (no transfer function of that kind running) are ignored.
+//   - stray end messages (no transfer function of that kind running) are ignored;
+//   - an exception thrown by a state's callback is handed to that state's
+//     onException and then fails the step like any other exception (error
+//     hook, E_FAIL or a failed start).
 //
 // Subscriptions: the window's creation subscribes the control messages
 // (VoMessageWorkflow, VoMessageWorkflowEndOfTF,
@@ -285,6 +288,11 @@ private:
 
     template <class Hook>
     bool callHook(Hook&& hook);
+    /// Runs a callback of `state`; an exception is shown to the state's
+    /// onException first and then goes on to the step's own failure handling.
+    template <class Callback>
+    void callState(VoWorkflowState& state, Callback&& callback);
+    void tellState(VoWorkflowState& state, const BxException* exception) noexcept;
     void reportError() noexcept;
     template <class... Args>
     void log(Logging::ELogLevel level, const char* function, const wchar_t* format, Args... args) const;
