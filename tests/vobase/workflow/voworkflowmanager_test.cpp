@@ -1,5 +1,5 @@
-// Workflow manager: transfer functions, blocking and pooled transitions, buffering, logs.
-#include <vobase/messaging/vomessagecommand.h>
+// Workflow manager: transfer-function basics, a blocking transition with its logs, the
+// error handler at the start, stop with break during a pooled transfer function.
 #include <vobase/messaging/vomessagedispatcher.h>
 #include <vobase/workflow/voworkflowmanager.h>
 
@@ -220,87 +220,6 @@ TEST_F(WorkflowTest, BlockingTransitionLogsAndEntersTarget)
               static_cast<std::int32_t>(0x80004005));
 }
 
-// Import -> Process by a pooled transfer function; in Process each CMsgItem
-// runs a blocking self-transition that records its value.
-static void runBufferScenario(bool buffering, const wchar_t* name)
-{
-    VoWorkflowManager manager(name, buffering ? VoWorkflowManager::eWMF_BufferMessages : VoWorkflowManager::eWMF_None);
-    ASSERT_TRUE(manager.initMessageHandler());
-    BxSmartPointer<VoWorkflowState> import(new CImport), process(new CProcess);
-    manager.RegisterWorkflowState(import);
-    manager.RegisterWorkflowState(process);
-    BxSmartPointer<CRecordingTF> load(new CRecordingTF(manager, new VoMessageCommand(1), false, L"Load"));
-    load->gate.Reset();
-    BxSmartPointer<CRecordingTF> item(new CRecordingTF(manager, new CMsgItem, true, L"Item"));
-    manager.RegisterTransferFunction(import, process, BxSmartPointer<VoTransferFunctionAutomatic>(load.get()));
-    manager.RegisterTransferFunction(process, process, BxSmartPointer<VoTransferFunctionAutomatic>(item.get()));
-    ASSERT_EQ(start(manager), 1);
-
-    EXPECT_EQ(manager.HandleMessage(VoMessageCommand(1)).Get(), 1);
-    ASSERT_TRUE(load->started.Wait());
-    EXPECT_FALSE(manager.GetStateEvent().IsSet());
-    for (int i = 0; i < 100; ++i)
-        EXPECT_EQ(manager.HandleMessage(CMsgItem(i)).Get(), buffering ? 0 : static_cast<std::int32_t>(0x80004005));
-    EXPECT_EQ(manager.HandleMessage(VoMessageWorkflow(VoMessageWorkflow::eM_Reevaluate)).Get(), 1);  // no change
-    EXPECT_FALSE(manager.GetCurrentState());
-    EXPECT_EQ(manager.GetBufferedCount(), buffering ? 100u : 0u);
-    load->gate.Set();
-    const std::size_t expected = buffering ? 100 : 0;
-    for (int round = 0; round < 2000 && (!manager.GetCurrentState() || item->Values().size() < expected); ++round)
-        BxMessageLoop::ProcessPending(50);
-    EXPECT_EQ(manager.GetCurrentState(), process);
-    std::vector<int> order(expected);
-    for (std::size_t i = 0; i < expected; ++i)
-        order[i] = static_cast<int>(i);
-    EXPECT_EQ(item->Values(), order);
-    EXPECT_EQ(manager.GetBufferedCount(), 0u);
-    EXPECT_EQ(manager.HandleMessage(VoMessageWorkflow(VoMessageWorkflow::eM_Stop)).Get(), 1);
-    manager.UnsubscribeAll();
-}
-
-TEST_F(WorkflowTest, BufferedMessagesAreReplayedInOrderAfterTheTarget)
-{
-    runBufferScenario(true, L"WfBufferOn");
-}
-
-TEST_F(WorkflowTest, WithoutBufferingMessagesDuringATransferAreRefused)
-{
-    runBufferScenario(false, L"WfBufferOff");
-}
-
-TEST_F(WorkflowTest, InteractiveTransferFunctionSleepsWakesAndExitsOnThePool)
-{
-    VoWorkflowManager manager(L"WfInteractive", VoWorkflowManager::eWMF_None);
-    ASSERT_TRUE(manager.initMessageHandler());
-    BxSmartPointer<VoWorkflowState> import(new CImport), process(new CProcess);
-    manager.RegisterWorkflowState(import);
-    manager.RegisterWorkflowState(process);
-    BxSmartPointer<VoTransferFunctionInteractive> edit(new VoTransferFunctionInteractive(
-        BxSmartPointer<const VoMessageWorkflowAction>(new VoMessageCommand(5)), false, false, L"Edit"));
-    manager.RegisterTransferFunction(import, process, edit);
-    ASSERT_EQ(start(manager), 1);
-
-    EXPECT_EQ(manager.HandleMessage(VoMessageCommand(6)).Get(), 0);  // no transfer function for command 6
-    EXPECT_EQ(manager.GetCurrentState(), import);
-    EXPECT_EQ(manager.HandleMessage(VoMessageCommand(5)).Get(), 1);
-    EXPECT_TRUE(edit->IsRunning());
-    EXPECT_EQ(manager.GetCurrentTransferFunction(), edit);
-    EXPECT_EQ(manager.HandleMessage(VoMessageWorkflow(VoMessageWorkflow::eM_Sleep)).Get(), 1);
-    EXPECT_TRUE(edit->IsSleeping());
-    EXPECT_EQ(manager.HandleMessage(VoMessageWorkflow(VoMessageWorkflow::eM_Continue)).Get(), 1);
-    EXPECT_FALSE(edit->IsSleeping());
-    EXPECT_FALSE(manager.Stop());  // an interactive transfer function without break support refuses the stop
-
-    VoWorkflowManager::PostEndOfInteractiveTransferFunction(manager);
-    for (int round = 0; round < 2000 && !manager.GetStateEvent().IsSet(); ++round)
-        BxMessageLoop::ProcessPending(50);
-    EXPECT_EQ(manager.GetCurrentState(), process);
-    EXPECT_FALSE(edit->IsRunning());
-    EXPECT_TRUE(manager.IsLastEndInteractive());
-    EXPECT_TRUE(manager.Stop());
-    manager.UnsubscribeAll();
-}
-
 TEST_F(WorkflowTest, ErrorHandlerRepairsTheStartOrTheStartFails)
 {
     class CFix : public VoTransferFunctionAutomatic
@@ -401,26 +320,5 @@ TEST_F(WorkflowTest, StopDuringAPooledTransferFunctionBreaksItAndStopsAtItsEnd)
     EXPECT_EQ(hooks->lastEnded, L"Load");
     EXPECT_TRUE(manager.Unregister(BxSmartPointer<VoTransferFunction>(load.get())));
     EXPECT_FALSE(manager.Unregister(BxSmartPointer<VoTransferFunction>(load.get())));
-    manager.UnsubscribeAll();
-}
-
-TEST_F(WorkflowTest, SleepBuffersActionMessagesAndContinueDrainsThem)
-{
-    VoWorkflowManager manager(L"WfSleep", VoWorkflowManager::eWMF_BufferMessages);
-    ASSERT_TRUE(manager.initMessageHandler());
-    BxSmartPointer<VoWorkflowState> process(new CProcess);
-    manager.RegisterWorkflowState(process);
-    BxSmartPointer<CRecordingTF> item(new CRecordingTF(manager, new CMsgItem, false, L"Item"));
-    manager.RegisterTransferFunction(process, process, BxSmartPointer<VoTransferFunctionAutomatic>(item.get()));
-    ASSERT_EQ(manager.HandleMessage(VoMessageWorkflow(VoMessageWorkflow::eM_StartSleeping)).Get(), 1);
-    EXPECT_TRUE(manager.IsSleeping());
-    for (int i = 0; i < 3; ++i)
-        EXPECT_EQ(manager.HandleMessage(CMsgItem(i)).Get(), 0);
-    EXPECT_TRUE(item->Values().empty());
-    EXPECT_EQ(manager.HandleMessage(VoMessageWorkflow(VoMessageWorkflow::eM_Continue)).Get(), 1);
-    for (int round = 0; round < 2000 && item->Values().size() < 3; ++round)
-        BxMessageLoop::ProcessPending(50);
-    EXPECT_EQ(item->Values(), (std::vector<int>{0, 1, 2}));
-    EXPECT_TRUE(manager.Stop());
     manager.UnsubscribeAll();
 }

@@ -129,6 +129,8 @@ void runDocumentScenario(bool buffering, const wchar_t* name)
     postStepsFromAnotherThread(kMessages, 1);
     ASSERT_TRUE(pumpUntil([&] { return deliveredValues.size() == kMessages + 1; }));
     EXPECT_EQ(answers.back(), buffering ? 0 : kFail);
+    EXPECT_FALSE(manager.Stop());  // an interactive transfer function without break support refuses the stop
+    EXPECT_TRUE(manager.IsStarted());
     EXPECT_EQ(send(manager, VoMessageWorkflow::eM_Sleep), 1);
     EXPECT_TRUE(edit->IsSleeping());
     EXPECT_EQ(send(manager, VoMessageWorkflow::eM_Continue), 1);
