@@ -221,24 +221,25 @@ void VoWorkflowManager::RegisterTransferFunction(BxSmartPointer<VoWorkflowState>
                                                  BxSmartPointer<VoWorkflowState> target,
                                                  BxSmartPointer<VoTransferFunctionAutomatic> transferFunction)
 {
-    if (!transferFunction)
-        BX_THROW(BxExceptionPreconditionViolation, "VoWorkflowManager::RegisterTransferFunction",
-                 "the transfer function is null");
-    const BxRTTI& messageClass = transferFunction->GetInitMessage()->GetRTTI();
-    RegisterTransferFunction(std::move(source), std::move(target), messageClass,
-                             BxSmartPointer<VoTransferFunction>(transferFunction));
+    registerByInitMessage(std::move(source), std::move(target), BxSmartPointer<VoTransferFunction>(transferFunction));
 }
 
 void VoWorkflowManager::RegisterTransferFunction(BxSmartPointer<VoWorkflowState> source,
                                                  BxSmartPointer<VoWorkflowState> target,
                                                  BxSmartPointer<VoTransferFunctionInteractive> transferFunction)
 {
+    registerByInitMessage(std::move(source), std::move(target), BxSmartPointer<VoTransferFunction>(transferFunction));
+}
+
+void VoWorkflowManager::registerByInitMessage(BxSmartPointer<VoWorkflowState> source,
+                                              BxSmartPointer<VoWorkflowState> target,
+                                              BxSmartPointer<VoTransferFunction> transferFunction)
+{
     if (!transferFunction)
         BX_THROW(BxExceptionPreconditionViolation, "VoWorkflowManager::RegisterTransferFunction",
                  "the transfer function is null");
     const BxRTTI& messageClass = transferFunction->GetInitMessage()->GetRTTI();
-    RegisterTransferFunction(std::move(source), std::move(target), messageClass,
-                             BxSmartPointer<VoTransferFunction>(transferFunction));
+    RegisterTransferFunction(std::move(source), std::move(target), messageClass, std::move(transferFunction));
 }
 
 void VoWorkflowManager::RegisterTransferFunction(BxSmartPointer<VoWorkflowState> source,
@@ -441,11 +442,24 @@ void VoWorkflowManager::SetLogger(BxSmartPointer<Logging::ILogger> logger)
 
 // ---------------------------------------------------------------- messages
 
-BxCheckReturn<std::int64_t> VoWorkflowManager::HandleMessage(const VoMessageWorkflow& message)
+// Every message is handled under the manager's lock, logged on arrival; what
+// escapes the handling goes to the error handler and answers E_FAIL.
+template <class TBody>
+std::int64_t VoWorkflowManager::handleGuarded(const VoMessage& message, TBody&& body)
 {
     BxCriticalSectionLocker locker(m_lock);
     try {
         logReceived(message);
+        return body();
+    } catch (...) {
+        reportError();
+        return kFail;
+    }
+}
+
+BxCheckReturn<std::int64_t> VoWorkflowManager::HandleMessage(const VoMessageWorkflow& message)
+{
+    return handleGuarded(message, [&]() -> std::int64_t {
         switch (message.GetMessageW()) {
         case VoMessageWorkflow::eM_Start:
             return onStartWorkflow(false) ? 1 : 0;
@@ -469,31 +483,21 @@ BxCheckReturn<std::int64_t> VoWorkflowManager::HandleMessage(const VoMessageWork
         }
         }
         BX_THROW(BxException, "VoWorkflowManager::HandleMessage", "unknown workflow message");
-    } catch (...) {
-        reportError();
-        return kFail;
-    }
+    });
 }
 
 BxCheckReturn<std::int64_t> VoWorkflowManager::HandleMessage(const VoMessageWorkflowAction& message)
 {
-    BxCriticalSectionLocker locker(m_lock);
-    try {
-        logReceived(message);
+    return handleGuarded(message, [&]() -> std::int64_t {
         if ((m_status & eS_Sleeping) == 0 && m_buffer.empty() && m_currentState)
             return handleMessageWorkflowAction(message);
         return pushMessageToBuffer(message) ? 0 : kFail;
-    } catch (...) {
-        reportError();
-        return kFail;
-    }
+    });
 }
 
 BxCheckReturn<std::int64_t> VoWorkflowManager::HandleMessage(const VoMessageWorkflowEndOfTF& message)
 {
-    BxCriticalSectionLocker locker(m_lock);
-    try {
-        logReceived(message);
+    return handleGuarded(message, [&]() -> std::int64_t {
         switch (message.GetMessageW()) {
         case VoMessageWorkflowEndOfTF::eM_EndOfATF:
         case VoMessageWorkflowEndOfTF::eM_EndOfITF: {
@@ -508,22 +512,12 @@ BxCheckReturn<std::int64_t> VoWorkflowManager::HandleMessage(const VoMessageWork
             return onAfterEndOfTF();
         }
         BX_THROW(BxException, "VoWorkflowManager::HandleMessage", "unknown end of transfer function");
-    } catch (...) {
-        reportError();
-        return kFail;
-    }
+    });
 }
 
 BxCheckReturn<std::int64_t> VoWorkflowManager::HandleMessage(const VoMessageWorkflowNextMsgBuffered& message)
 {
-    BxCriticalSectionLocker locker(m_lock);
-    try {
-        logReceived(message);
-        return onMsgNextBufferedMsg();
-    } catch (...) {
-        reportError();
-        return kFail;
-    }
+    return handleGuarded(message, [&]() -> std::int64_t { return onMsgNextBufferedMsg(); });
 }
 
 bool VoWorkflowManager::Stop()

@@ -297,6 +297,9 @@ private:
     template <class... Args>
     void log(Logging::ELogLevel level, const char* function, const wchar_t* format, Args... args) const;
     void logReceived(const VoMessage& message) const;
+    /// Runs body under m_lock after logging the message; what escapes it is reported and answers E_FAIL.
+    template <class TBody>
+    std::int64_t handleGuarded(const VoMessage& message, TBody&& body);
     void logCalling(const wchar_t* callee, const wchar_t* operation) const;
 
     /// Whether every condition of `state` has the value it asks for, as of the latest evaluation.
@@ -312,6 +315,9 @@ private:
     void subscribeClass(const BxRTTI* rtti);
     void unsubscribeClass(const BxRTTI* rtti);
     void addTransferFunction(STransferFunction transferFunction);
+    /// Registers a typed transfer function for the class of its init message.
+    void registerByInitMessage(BxSmartPointer<VoWorkflowState> source, BxSmartPointer<VoWorkflowState> target,
+                               BxSmartPointer<VoTransferFunction> transferFunction);
     void requireRegistered(const BxSmartPointer<VoWorkflowState>& state, const char* function) const;
     bool isAutomaticRunning() const;
 
