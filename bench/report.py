@@ -53,9 +53,11 @@ def value_of(entry, metric):
     return entry.get(metric)
 
 
-def format_value(value, metric):
+def format_value(value, metric, unit=""):
     if value is None:
         return "n/a"
+    if unit:
+        return f"{value:.4g} {unit}"
     if metric == "time":
         for unit, scale in (("s", 1e9), ("ms", 1e6), ("us", 1e3)):
             if value >= scale:
@@ -82,12 +84,15 @@ def main():
                       os.access(os.path.join(bench_dir, p), os.X_OK) and not p.endswith(".json"))
     results = {p: run_program(os.path.join(bench_dir, p), args.repetitions, args.filter) for p in programs}
 
-    lines = ["# Benchmark report", ""]
+    lines = ["# Benchmark report", "", f"Measured {machine_line()}.", ""]
     lines += ["Medians of %d repetitions with random interleaving. Each of our figures stands "
                          "beside its peer, measured in the same program. The ratio compares them as the "
                          "goal does (see the goal column); \"met\" tells whether the goal holds in this run."
                          % args.repetitions, ""]
     charts = []
+    for old in os.listdir(HERE):  # charts of an earlier run that this one may not draw again
+        if old.startswith("report_") and old.endswith(".png"):
+            os.remove(os.path.join(HERE, old))
     for program, rows in peers.items():
         measured = results.get(program)
         if measured is None:
@@ -98,8 +103,10 @@ def main():
             metric = row.get("metric", "time")
             ours = measured.get(row["ours"])
             peer = measured.get(row["peer"]) if row.get("peer") else None
-            ours_value = value_of(ours, metric) if ours else None
-            peer_value = value_of(peer, metric) if peer else None
+            # A counter may need a scale to its unit (seconds per node shown in ns).
+            scale = row.get("scale", 1)
+            ours_value = value_of(ours, metric) * scale if ours and value_of(ours, metric) is not None else None
+            peer_value = value_of(peer, metric) * scale if peer and value_of(peer, metric) is not None else None
             ratio = None
             if ours_value and peer_value:
                 ratio = ours_value / peer_value
@@ -115,11 +122,12 @@ def main():
             if goal is None:
                 goal_text = ""
             elif absolute:
-                goal_text = f"{sign} {format_value(goal, metric)}"
+                goal_text = f"{sign} {format_value(goal, metric, row.get('unit', ''))}"
             else:
                 goal_text = f"{sign} {goal:g}x"
-            lines.append(f"| {row['label']} | {format_value(ours_value, metric)} | "
-                         f"{format_value(peer_value, metric) if row.get('peer') else ''} | "
+            unit = row.get("unit", "")
+            lines.append(f"| {row['label']} | {format_value(ours_value, metric, unit)} | "
+                         f"{format_value(peer_value, metric, unit) if row.get('peer') else ''} | "
                          f"{'' if ratio is None else '%.2fx' % ratio} | {goal_text} | {met} |")
             if ratio is not None:
                 labels.append(row["label"])
@@ -134,6 +142,21 @@ def main():
     with open(os.path.join(HERE, "REPORT.md"), "w") as f:
         f.write("\n".join(lines) + "\n")
     print(f"wrote {os.path.join(HERE, 'REPORT.md')} and {len(charts)} charts", file=sys.stderr)
+
+
+def machine_line():
+    """When and on what the figures were taken: date, CPU model and core count."""
+    import datetime
+    model = "unknown CPU"
+    try:
+        with open("/proc/cpuinfo") as f:
+            for line in f:
+                if line.startswith("model name"):
+                    model = line.split(":", 1)[1].strip()
+                    break
+    except OSError:
+        pass
+    return f"on {datetime.date.today().isoformat()}, {model}, {os.cpu_count()} cores"
 
 
 def draw_chart(program, labels, ratios, goals):
