@@ -1,4 +1,6 @@
 // voarchive, run as a process: round trips, info, and refusal of damaged archives.
+#include "apptestsupport.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -35,11 +37,7 @@ SResult run(const std::string& arguments)
     return result;
 }
 
-std::string readAll(const fs::path& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-}
+using AppTests::readAll;
 
 void writeAll(const fs::path& path, const std::string& data)
 {
@@ -59,18 +57,8 @@ std::string sampleData(std::size_t size, unsigned seed)
     return data;
 }
 
-class VoArchiveTool : public ::testing::Test
+class VoArchiveTool : public AppTests::CTempDirTest
 {
-protected:
-    void SetUp() override
-    {
-        m_dir = fs::temp_directory_path() / ("voarchive-test-" + std::to_string(::getpid()));
-        fs::create_directories(m_dir);
-    }
-    void TearDown() override { fs::remove_all(m_dir); }
-    std::string path(const std::string& name) const { return (m_dir / name).string(); }
-
-    fs::path m_dir;
 };
 
 }  // namespace

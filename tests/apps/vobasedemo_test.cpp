@@ -1,5 +1,7 @@
 // vobase-demo, run as a process: every stage passes and is reported, the task
 // graph is written for Graphviz, and failures give a non-zero exit code.
+#include "apptestsupport.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -28,11 +30,7 @@ struct SResult
     std::string err;  // standard error
 };
 
-std::string readAll(const fs::path& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-}
+using AppTests::readAll;
 
 bool hasLine(const std::string& text, const std::string& pattern)
 {
@@ -44,16 +42,9 @@ bool dotOnPath()
     return std::system("command -v dot >/dev/null 2>&1") == 0;
 }
 
-class VoBaseDemo : public ::testing::Test
+class VoBaseDemo : public AppTests::CTempDirTest
 {
 protected:
-    void SetUp() override
-    {
-        m_dir = fs::temp_directory_path() / ("vobase-demo-test-" + std::to_string(::getpid()));
-        fs::create_directories(m_dir);
-    }
-    void TearDown() override { fs::remove_all(m_dir); }
-
     /// Runs the demo inside the test's directory.
     SResult run(const std::string& arguments) const
     {
@@ -72,8 +63,6 @@ protected:
         result.err = readAll(err);
         return result;
     }
-
-    fs::path m_dir;
 };
 
 }  // namespace
