@@ -4,11 +4,13 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
 
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace AppTests {
@@ -18,6 +20,28 @@ inline std::string readAll(const std::filesystem::path& path)
 {
     std::ifstream in(path, std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+/// What a shell command wrote to standard output, and its exit code (-1 when
+/// it could not run or did not exit normally).
+struct SCommandResult
+{
+    int exitCode = -1;
+    std::string output;
+};
+
+inline SCommandResult runCommand(const std::string& command)
+{
+    SCommandResult result;
+    FILE* pipe = popen(command.c_str(), "r");
+    if (!pipe)
+        return result;
+    char buffer[4096];
+    while (const std::size_t got = std::fread(buffer, 1, sizeof buffer, pipe))
+        result.output.append(buffer, got);
+    const int status = pclose(pipe);
+    result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return result;
 }
 
 /// A fixture with a fresh folder per test (m_dir), removed afterwards.

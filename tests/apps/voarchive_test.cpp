@@ -16,25 +16,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct SResult
-{
-    int exitCode;
-    std::string output;  // standard output and standard error
-};
+using SResult = AppTests::SCommandResult;  // standard output and standard error
 
 SResult run(const std::string& arguments)
 {
-    const std::string command = std::string(VOARCHIVE_PATH) + " " + arguments + " 2>&1";
-    SResult result{-1, {}};
-    FILE* pipe = popen(command.c_str(), "r");
-    if (!pipe)
-        return result;
-    char buffer[4096];
-    while (const std::size_t got = std::fread(buffer, 1, sizeof buffer, pipe))
-        result.output.append(buffer, got);
-    const int status = pclose(pipe);
-    result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return result;
+    return AppTests::runCommand(std::string(VOARCHIVE_PATH) + " " + arguments + " 2>&1");
 }
 
 using AppTests::readAll;

@@ -51,17 +51,8 @@ protected:
         const fs::path err = m_dir / "stderr";
         const std::string command = "cd '" + m_dir.string() + "' && " + VOBASE_DEMO_PATH + " " + arguments + " 2>'" +
                                     err.string() + "'";
-        SResult result{-1, {}, {}};
-        FILE* pipe = popen(command.c_str(), "r");
-        if (!pipe)
-            return result;
-        char buffer[4096];
-        while (const std::size_t got = std::fread(buffer, 1, sizeof buffer, pipe))
-            result.out.append(buffer, got);
-        const int status = pclose(pipe);
-        result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-        result.err = readAll(err);
-        return result;
+        AppTests::SCommandResult ran = AppTests::runCommand(command);
+        return SResult{ran.exitCode, std::move(ran.output), readAll(err)};
     }
 };
 
