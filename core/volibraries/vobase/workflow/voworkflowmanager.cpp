@@ -120,14 +120,11 @@ void VoWorkflowManager::callState(VoWorkflowState& state, Callback&& callback)
 {
     try {
         callback();
+    } catch (const BxException& exception) {
+        tellState(state, &exception);
+        throw;
     } catch (...) {
-        try {
-            throw;
-        } catch (const BxException& exception) {
-            tellState(state, &exception);
-        } catch (...) {
-            tellState(state, nullptr);
-        }
+        tellState(state, nullptr);
         throw;
     }
 }
