@@ -35,6 +35,9 @@
 #include <bxbase/bxvariant.h>
 #include <bxbase/bxversion.h>
 #include <bxbase/diagnostics/bxconditionhandler.h>
+#include <bxbase/diagnostics/bxtracebuffer.h>
+#include <bxbase/diagnostics/bxtracerecorder.h>
+#include <bxbase/diagnostics/bxtracescope.h>
 #include <bxbase/iexception.h>
 #include <bxbase/iextendable.h>
 #include <bxbase/iextensioninterface.h>
