@@ -149,3 +149,4 @@
 #include <vobase/workflow/voworkflowmanager.h>
 #include <vobase/workflow/voworkflowstate.h>
 #include <vobase/workflow/voworkflowstatecondition.h>
+#include <vobase/workflow/voworkflowtrace.h>

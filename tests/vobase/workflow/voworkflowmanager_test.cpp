@@ -5,11 +5,13 @@
 
 #include <bxbase/bxexceptionpreconditionviolation.h>
 #include <bxbase/bxstreamwriteasciistringt.h>
+#include <bxbase/diagnostics/bxtracerecorder.h>
 #include <bxbase/windows/bxmessageloop.h>
 
 #include <gtest/gtest.h>
 
 #include <mutex>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -321,4 +323,38 @@ TEST_F(WorkflowTest, StopDuringAPooledTransferFunctionBreaksItAndStopsAtItsEnd)
     EXPECT_TRUE(manager.Unregister(BxSmartPointer<VoTransferFunction>(load.get())));
     EXPECT_FALSE(manager.Unregister(BxSmartPointer<VoTransferFunction>(load.get())));
     manager.UnsubscribeAll();
+}
+
+TEST_F(WorkflowTest, TransitionsAreTracedAsInstantsInTheirOrder)
+{
+    VoWorkflowManager manager(L"WfTraced", VoWorkflowManager::eWMF_None);
+    BxSmartPointer<VoWorkflowState> import(new CImport), process(new CProcess);
+    manager.RegisterWorkflowState(import);
+    manager.RegisterWorkflowState(process);
+    class CBlocking : public VoTransferFunctionAutomatic
+    {
+    public:
+        using VoTransferFunctionAutomatic::VoTransferFunctionAutomatic;
+        void execute(const VoMessageWorkflowAction&) override {}
+    };
+    manager.RegisterTransferFunction(import, process, BxSmartPointer<VoTransferFunctionAutomatic>(new CBlocking(
+        manager, BxSmartPointer<const VoMessageWorkflowAction>(new CMsgItem), false, true, L"Load")));
+
+    BxTraceRecorder::Start();
+    ASSERT_EQ(start(manager), 1);
+    EXPECT_EQ(manager.HandleMessage(CMsgItem(1)).Get(), 1);
+    EXPECT_EQ(manager.HandleMessage(VoMessageWorkflow(VoMessageWorkflow::eM_Stop)).Get(), 1);
+    BxTraceRecorder::Stop();
+    std::ostringstream out;
+    BxTraceRecorder::Write(out);
+    BxTraceRecorder::Clear();
+
+    const std::string trace = out.str();
+    std::size_t at = 0;
+    for (const char* step : {"started in CImport", "entered CImport", "left CImport", "transfer function Load",
+                             "end of transfer function Load", "entered CProcess", "stopped", "left CProcess"}) {
+        const std::size_t found = trace.find("{\"name\":\"" + std::string(step) + "\",\"cat\":\"workflow\",\"ph\":\"i\"", at);
+        ASSERT_NE(found, std::string::npos) << step << " missing or out of order";
+        at = found;
+    }
 }

@@ -89,9 +89,11 @@
 #include <vobase/workflow/votransferfunctionautomatic.h>
 #include <vobase/workflow/votransferfunctioninteractive.h>
 #include <vobase/workflow/voworkflowstate.h>
+#include <vobase/workflow/voworkflowtrace.h>
 
 #include <bxbase/bxcheckreturn.h>
 #include <bxbase/bxidumpable.h>
+#include <bxbase/diagnostics/bxtracerecorder.h>
 #include <bxbase/inoncopyable.h>
 #include <bxbase/interceptor/cframework.h>
 #include <bxbase/logging/ilogger.h>
@@ -288,6 +290,15 @@ private:
 
     template <class Hook>
     bool callHook(Hook&& hook);
+    /// Hands a context to the interceptors; while the trace recorder is on,
+    /// the step is also recorded as an instant event on this thread.
+    template <class Context>
+    void dispatch(void (Workflow::IInterceptorWorkflowManager::*hook)(const Context&), const Context& context) const
+    {
+        if (BxTraceRecorder::IsOn())
+            VoWorkflowTrace::Record(hook, context);
+        Interceptor::CFramework<Workflow::IInterceptorWorkflowManager>::dispatch(hook, context);
+    }
     /// Runs a callback of `state`; an exception is shown to the state's
     /// onException first and then goes on to the step's own failure handling.
     template <class Callback>
