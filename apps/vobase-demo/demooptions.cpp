@@ -16,6 +16,8 @@ CDemoOptions CDemoOptions::Parse(int argc, const char* const* argv)
             options.m_help = true;
         else if (argument == "--dot")
             options.m_dotPath = value();
+        else if (argument == "--trace")
+            options.m_tracePath = value();
         else if (argument == "--fail-stage")
             options.m_failStage = value();
         else
@@ -26,7 +28,7 @@ CDemoOptions CDemoOptions::Parse(int argc, const char* const* argv)
 
 const char* CDemoOptions::Usage()
 {
-    return "usage: vobase-demo [--dot PATH] [--help]\n"
+    return "usage: vobase-demo [--dot PATH] [--trace PATH] [--help]\n"
            "\n"
            "Runs a small document-processing application on the VoBase runtime and\n"
            "reports each stage: dispatcher and worker thread, data tree under locks,\n"
@@ -35,6 +37,8 @@ const char* CDemoOptions::Usage()
            "\n"
            "  --dot PATH   write the task graph to PATH (default vobase-demo-tasks.dot);\n"
            "               PATH with .svg instead of .dot is rendered when `dot` is on PATH\n"
+           "  --trace PATH write the run's trace to PATH (Trace Event Format JSON: open it\n"
+           "               in https://ui.perfetto.dev or chrome://tracing)\n"
            "  --help       show this text\n"
            "\n"
            "Exit code: 0 when every stage passed, 1 when one failed, 2 for a bad command line.\n";

@@ -6,6 +6,8 @@
 #include "demo.h"
 #include "demooptions.h"
 
+#include <bxbase/diagnostics/bxtracerecorder.h>
+
 #include <cstdio>
 #include <exception>
 
@@ -24,8 +26,19 @@ int main(int argc, char** argv)
         return 0;
     }
     try {
-        CDemo demo(options);
-        return demo.Run();
+        if (!options.GetTracePath().empty())
+            BxTraceRecorder::Start();
+        int result = 0;
+        {
+            CDemo demo(options);
+            result = demo.Run();
+        }
+        if (!options.GetTracePath().empty()) {
+            BxTraceRecorder::Stop();
+            BxTraceRecorder::WriteFile(options.GetTracePath());
+            std::printf("trace written to %s\n", options.GetTracePath().c_str());
+        }
+        return result;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "vobase-demo: %s\n", error.what());
         return 1;

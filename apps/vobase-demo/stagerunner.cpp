@@ -1,5 +1,7 @@
 #include "stagerunner.h"
 
+#include <bxbase/diagnostics/bxtracescope.h>
+
 #include <bxbase/bxexception.h>
 
 #include <algorithm>
@@ -48,6 +50,7 @@ bool CStageRunner::Run(const std::string& failStage)
 
 bool CStageRunner::runStage(const SStage& stage, bool failOnPurpose)
 {
+    BxTraceScope span("demo", stage.name); // one span per stage in the trace
     const auto start = std::chrono::steady_clock::now();
     auto elapsed = [&] { return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count(); };
     std::string reason;

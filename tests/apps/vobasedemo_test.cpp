@@ -100,6 +100,19 @@ TEST_F(VoBaseDemo, GraphFileShowsTheForkAndTheJoin)
     EXPECT_NE(result.out.find("graphs.dot"), std::string::npos);
 }
 
+TEST_F(VoBaseDemo, TraceFileHoldsASpanPerStageAndTheWorkflowSteps)
+{
+    const SResult result = run("--trace run.json");
+    ASSERT_EQ(result.exitCode, 0) << result.out << result.err;
+    EXPECT_TRUE(hasLine(result.out, "^trace written to run.json$")) << result.out;
+    const std::string trace = readAll(m_dir / "run.json");
+    ASSERT_EQ(trace.rfind("{\"traceEvents\":[", 0), 0u) << trace.substr(0, 200);
+    for (const std::string& stage : c_Stages)
+        EXPECT_NE(trace.find("{\"name\":\"" + stage + "\",\"cat\":\"demo\",\"ph\":\"X\""), std::string::npos) << stage;
+    EXPECT_NE(trace.find("\"cat\":\"workflow\",\"ph\":\"i\""), std::string::npos);
+    EXPECT_NE(trace.find("\"name\":\"thread_name\",\"ph\":\"M\""), std::string::npos);
+}
+
 TEST_F(VoBaseDemo, AFailedStageStopsTheRunWithAReason)
 {
     for (std::size_t failing : {std::size_t(0), std::size_t(2), std::size_t(3), c_Stages.size() - 1}) {
