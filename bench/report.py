@@ -2,6 +2,7 @@
 """Runs every benchmark program and writes bench/REPORT.md with charts.
 
     python3 bench/report.py [--build build/release] [--repetitions 3] [--filter REGEX]
+                            [--programs bench_tasks,bench_threading]
 
 Each program runs with random interleaving and repetitions; the report quotes
 medians. bench/peers.json pairs each of our figures with the peer measured in
@@ -75,6 +76,8 @@ def main():
     parser.add_argument("--build", default=os.path.join(HERE, "..", "build", "release"))
     parser.add_argument("--repetitions", type=int, default=3)
     parser.add_argument("--filter", default="")
+    parser.add_argument("--programs", default="",
+                        help="comma-separated program names (bench_tasks,...); all when empty")
     args = parser.parse_args()
 
     with open(os.path.join(HERE, "peers.json")) as f:
@@ -82,6 +85,9 @@ def main():
     bench_dir = os.path.join(args.build, "bench")
     programs = sorted(p for p in os.listdir(bench_dir) if p.startswith("bench_") and
                       os.access(os.path.join(bench_dir, p), os.X_OK) and not p.endswith(".json"))
+    if args.programs:
+        chosen = set(args.programs.split(","))
+        programs = [p for p in programs if p in chosen]
     results = {p: run_program(os.path.join(bench_dir, p), args.repetitions, args.filter) for p in programs}
 
     lines = ["# Benchmark report", "", f"Measured {machine_line()}.", ""]
