@@ -17,6 +17,7 @@
 //   manager.Start("load", ITaskManager::eP_Normal);
 //   manager.WaitUntilTerminate("merge");
 //   manager.GetStatus("merge");                   // ITaskManager::eCS_Computed
+//   manager.Add("report", [&] { print(); });      // a callable is a work item too
 //
 // Every connected component of the graph has at most one task at a time; a
 // task has an ID (0, 1, 2, ..., wrapping to 0 after 2147483647). Starting an
@@ -37,6 +38,7 @@
 #include <vobase/tasks/itaskmanager.h>
 #include <vobase/tasks/iworkitem.h>
 #include <vobase/tasks/sworkitemstatus.h>
+#include <vobase/tasks/voworkitemt.h>
 #include <vobase/vobaseapi.h>
 
 #include <bxbase/bxsmartpointer.h>
@@ -51,6 +53,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 class VoGraphNode;
@@ -71,6 +74,14 @@ public:
     ~VoTaskManager() override;
 
     void Add(const char* name, BxSmartPointer<IWorkItem> item) override;
+    /// Adds a work item made from a callable, `void()` or
+    /// `void(TaskManager::SWorkItemStatus&)` (see VoWorkItemT):
+    /// `manager.Add("load", [&] { load(); });`
+    template <VoWorkItemCallable F>
+    void Add(const char* name, F&& work)
+    {
+        Add(name, VoMakeWorkItem(std::forward<F>(work)));
+    }
     void Remove(const char* name) override;
     bool Exists(const char* name) const override;
     void AddDependency(const char* from, const char* to) override;
