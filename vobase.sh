@@ -2,6 +2,7 @@
 # Builds VoBase and runs its main program, its tests or its benchmarks.
 #
 #   ./vobase.sh demo     build (release) and run the demo program
+#   ./vobase.sh examples build (release) and run the example of each subsystem
 #   ./vobase.sh test     build (release) and run every test
 #   ./vobase.sh bench    build (release) and run the benchmarks
 #   ./vobase.sh report   build (release), run the benchmarks and write bench/REPORT.md
@@ -42,6 +43,16 @@ case "${1:-}" in
         build
         ./build/release/apps/vobase-demo/vobase-demo --dot build/release/vobase-demo-tasks.dot
         ;;
+    examples)
+        ensure_packages
+        cmake --preset release >/dev/null
+        mapfile -t targets < <(sed -n 's/^  \([a-z_]*\) .*"$/example_\1/p' examples/CMakeLists.txt)
+        cmake --build --preset release --target "${targets[@]}"
+        for target in "${targets[@]}"; do
+            echo "=== $target"
+            "./build/release/examples/$target"
+        done
+        ;;
     test)
         ensure_packages
         build
@@ -63,7 +74,7 @@ case "${1:-}" in
         /usr/bin/python3 bench/report.py --build build/release "${@:2}"
         ;;
     *)
-        sed -n '2,10p' "$0"
+        sed -n '2,11p' "$0"
         exit 2
         ;;
 esac
