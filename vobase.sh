@@ -4,6 +4,7 @@
 #   ./vobase.sh demo     build (release) and run the demo program
 #   ./vobase.sh examples build (release) and run the example of each subsystem
 #   ./vobase.sh test     build (release) and run every test
+#   ./vobase.sh package  build (release) and make the Debian packages in build/release/packages
 #   ./vobase.sh bench    build (release) and run the benchmarks
 #   ./vobase.sh report   build (release), run the benchmarks and write bench/REPORT.md
 #
@@ -53,6 +54,12 @@ case "${1:-}" in
             "./build/release/examples/$target"
         done
         ;;
+    package)
+        ensure_packages dpkg-dev
+        build
+        rm -rf build/release/packages
+        (cd build/release && cpack -G DEB)
+        ;;
     test)
         ensure_packages
         build
@@ -74,7 +81,7 @@ case "${1:-}" in
         /usr/bin/python3 bench/report.py --build build/release "${@:2}"
         ;;
     *)
-        sed -n '2,11p' "$0"
+        sed -n '2,12p' "$0"
         exit 2
         ;;
 esac
