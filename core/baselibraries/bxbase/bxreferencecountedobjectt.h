@@ -18,6 +18,8 @@
 
 #include <type_traits>
 
+/// Supplies the reference counter of a reference-counted interface, so that a class implementing the interface
+/// writes only the interface's own members.
 template <class TInterface>
 class BxReferenceCountedObjectT : public TInterface
 {

@@ -29,6 +29,7 @@
 
 class ISerializable;
 
+/// Abstract binary input stream: the mirror of BxStreamWriteBinary.
 class BXBASE_API BxStreamReadBinary : public BxStreamRead
 {
 public:

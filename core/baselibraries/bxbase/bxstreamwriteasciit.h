@@ -16,6 +16,7 @@
 
 #include <string>
 
+/// Abstract text output stream.
 template <class TString>
 class BXBASE_API BxStreamWriteASCIIT : public BxStreamWrite
 {

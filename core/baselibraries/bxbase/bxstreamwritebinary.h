@@ -28,6 +28,7 @@
 
 class ISerializable;
 
+/// Abstract binary output stream.
 class BXBASE_API BxStreamWriteBinary : public BxStreamWrite
 {
 public:

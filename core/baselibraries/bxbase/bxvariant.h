@@ -30,6 +30,7 @@
 #include <string>
 #include <variant>
 
+/// A tagged value of one of the framework's basic kinds.
 class BXBASE_API BxVariant
 {
 public:

@@ -29,6 +29,8 @@
 #include <type_traits>
 #include <utility>
 
+/// An undoable operation made from two callables, one that applies the edit and one that reverts it, so that a
+/// small edit needs no class of its own.
 template <class FApply, class FRevert>
 class VoOperationT final : public VoOperation
 {

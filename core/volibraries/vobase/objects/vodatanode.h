@@ -21,6 +21,8 @@
 
 #include <string>
 
+/// A node that carries one value object of a base-types value class T (BxInt32, BxString, ...), held as
+/// BxSmartPointer<T>.
 template <class T>
 class VOBASE_API VoDataNode : public VoDataNodeBase
 {

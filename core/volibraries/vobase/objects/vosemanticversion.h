@@ -27,6 +27,7 @@
 #include <cstdint>
 #include <string>
 
+/// A semantic version: major.minor.patch with an optional label.
 class VOBASE_API VoSemanticVersion : public Persistence::ISerializable
 {
 public:

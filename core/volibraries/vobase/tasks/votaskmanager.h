@@ -62,6 +62,8 @@ namespace TaskManager {
 class VoTaskGraphProcessing;
 }
 
+/// The task graph manager: named work items (IWorkItem) joined by dependencies into a directed graph and run on
+/// the shared thread pool.
 class VOBASE_API VoTaskManager
     : public ITaskManager,
       public Interceptor::CFramework<TaskManager::IInterceptorTaskManager,

@@ -25,6 +25,8 @@
 #include <type_traits>
 #include <utility>
 
+/// A task of the simple work queues made from a callable, so that queueing a piece of work needs no class of its
+/// own.
 template <class F>
 class VoTaskSimpleT final : public BxReferenceCountedObjectT<ITaskSimple>
 {

@@ -34,6 +34,8 @@ template <class F>
 concept VoWorkItemCallable = std::invocable<std::decay_t<F>&> ||
                              std::invocable<std::decay_t<F>&, TaskManager::SWorkItemStatus&>;
 
+/// A work item made from a callable: the callable is the item's Run, Prepare does nothing and the item is always
+/// ready.
 template <class F>
 class VoWorkItemT final : public BxReferenceCountedObjectT<IWorkItem>
 {

@@ -104,6 +104,8 @@
 #include <map>
 #include <vector>
 
+/// The workflow manager runs one workflow: a state machine whose states hold by their conditions and whose
+/// transfer functions, triggered by action messages, move it from state to state.
 class VOBASE_API VoWorkflowManager : public VoMessageHandler,
                                      public INonCopyable,
                                      public BxIDumpable<1>,
