@@ -4,6 +4,7 @@
 #   ./vobase.sh demo     build (release) and run the demo program
 #   ./vobase.sh examples build (release) and run the example of each subsystem
 #   ./vobase.sh test     build (release) and run every test
+#   ./vobase.sh docs     the API reference (Doxygen) in build/docs/html; --strict fails on new warnings
 #   ./vobase.sh package  build (release) and make the Debian packages in build/release/packages
 #   ./vobase.sh bench    build (release) and run the benchmarks
 #   ./vobase.sh report   build (release), run the benchmarks and write bench/REPORT.md
@@ -54,6 +55,26 @@ case "${1:-}" in
             "./build/release/examples/$target"
         done
         ;;
+    docs)
+        ensure_packages doxygen graphviz
+        out=build/docs
+        rm -rf "$out" && mkdir -p "$out"
+        VOBASE_DOCS_OUTPUT="$out" VOBASE_VERSION="$(sed -n 's/^ *VERSION \([0-9.]*\)$/\1/p' CMakeLists.txt)" \
+            doxygen docs/Doxyfile
+        # Undocumented members, without paths and line numbers, against the
+        # list of those not documented yet (which may only shrink).
+        grep "is not documented" "$out/warnings.log" | sed -E "s|^$PWD/||; s|:[0-9]+: warning: | |" |
+            LC_ALL=C sort -u >"$out/undocumented.txt" || true
+        new=$(LC_ALL=C comm -23 "$out/undocumented.txt" docs/undocumented.txt)
+        other=$(grep -v "is not documented" "$out/warnings.log" || true)
+        echo "API reference: $out/html/index.html"
+        echo "$(wc -l <"$out/undocumented.txt") members not documented yet (docs/undocumented.txt)"
+        if [ -n "$new$other" ]; then
+            echo "New warnings (document these; the list in docs/undocumented.txt may only shrink):"
+            printf '%s\n' "$new" "$other" | grep . | head -100
+            [ "${2:-}" = "--strict" ] && exit 1
+        fi
+        ;;
     package)
         ensure_packages dpkg-dev
         build
@@ -81,7 +102,7 @@ case "${1:-}" in
         /usr/bin/python3 bench/report.py --build build/release "${@:2}"
         ;;
     *)
-        sed -n '2,12p' "$0"
+        sed -n '2,13p' "$0"
         exit 2
         ;;
 esac
