@@ -72,7 +72,7 @@ case "${1:-}" in
         if [ -n "$new$other" ]; then
             echo "New warnings (document these; the list in docs/undocumented.txt may only shrink):"
             printf '%s\n' "$new" "$other" | grep . | head -100
-            [ "${2:-}" = "--strict" ] && exit 1
+            if [ "${2:-}" = "--strict" ]; then exit 1; fi
         fi
         ;;
     package)

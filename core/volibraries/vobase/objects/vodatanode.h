@@ -29,6 +29,8 @@ class VOBASE_API VoDataNode : public VoDataNodeBase
 public:
     /// A node named "__noname" without data.
     VoDataNode() = default;
+    /// A node named `name` carrying `data` (which may be null); `serializeLeaves`
+    /// and `mode` as for VoNode.
     VoDataNode(const wchar_t* name, BxSmartPointer<T> data, bool serializeLeaves = true,
                ETrackModificationMode mode = eTMM_Track)
         : VoDataNodeBase(name, serializeLeaves, mode), m_data(std::move(data))
@@ -56,6 +58,7 @@ public:
         BxCriticalSectionLocker lock(getLock());
         return m_data;
     }
+    /// The data, read-only (may be null).
     BxSmartPointer<const T> GetData() const
     {
         BxCriticalSectionLocker lock(getLock());
