@@ -2,7 +2,10 @@
 # Builds VoBase and runs its main program, its tests or its benchmarks.
 #
 #   ./vobase.sh demo     build (release) and run the demo program
+#   ./vobase.sh examples build (release) and run the example of each subsystem
 #   ./vobase.sh test     build (release) and run every test
+#   ./vobase.sh docs     the API reference (Doxygen) in build/docs/html; --strict fails on new warnings
+#   ./vobase.sh package  build (release) and make the Debian packages in build/release/packages
 #   ./vobase.sh bench    build (release) and run the benchmarks
 #   ./vobase.sh report   build (release), run the benchmarks and write bench/REPORT.md
 #
@@ -42,6 +45,42 @@ case "${1:-}" in
         build
         ./build/release/apps/vobase-demo/vobase-demo --dot build/release/vobase-demo-tasks.dot
         ;;
+    examples)
+        ensure_packages
+        cmake --preset release >/dev/null
+        mapfile -t targets < <(sed -n 's/^  \([a-z_]*\) .*"$/example_\1/p' examples/CMakeLists.txt)
+        cmake --build --preset release --target "${targets[@]}"
+        for target in "${targets[@]}"; do
+            echo "=== $target"
+            "./build/release/examples/$target"
+        done
+        ;;
+    docs)
+        ensure_packages doxygen graphviz
+        out=build/docs
+        rm -rf "$out" && mkdir -p "$out"
+        VOBASE_DOCS_OUTPUT="$out" VOBASE_VERSION="$(sed -n 's/^ *VERSION \([0-9.]*\)$/\1/p' CMakeLists.txt)" \
+            doxygen docs/Doxyfile
+        # Undocumented members, without paths and line numbers, against the
+        # list of those not documented yet (which may only shrink).
+        grep "is not documented" "$out/warnings.log" | sed -E "s|^$PWD/||; s|:[0-9]+: warning: | |" |
+            LC_ALL=C sort -u >"$out/undocumented.txt" || true
+        new=$(LC_ALL=C comm -23 "$out/undocumented.txt" docs/undocumented.txt)
+        other=$(grep -v "is not documented" "$out/warnings.log" || true)
+        echo "API reference: $out/html/index.html"
+        echo "$(wc -l <"$out/undocumented.txt") members not documented yet (docs/undocumented.txt)"
+        if [ -n "$new$other" ]; then
+            echo "New warnings (document these; the list in docs/undocumented.txt may only shrink):"
+            printf '%s\n' "$new" "$other" | grep . | head -100
+            if [ "${2:-}" = "--strict" ]; then exit 1; fi
+        fi
+        ;;
+    package)
+        ensure_packages dpkg-dev
+        build
+        rm -rf build/release/packages
+        (cd build/release && cpack -G DEB)
+        ;;
     test)
         ensure_packages
         build
@@ -63,7 +102,7 @@ case "${1:-}" in
         /usr/bin/python3 bench/report.py --build build/release "${@:2}"
         ;;
     *)
-        sed -n '2,10p' "$0"
+        sed -n '2,13p' "$0"
         exit 2
         ;;
 esac

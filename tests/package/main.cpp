@@ -14,22 +14,11 @@ namespace
 std::atomic<int> g_steps{0};
 
 // --- The README example -------------------------------------------------------
-struct CStep : IWorkItem // one unit of work, run on a pool thread
-{
-    explicit CStep(const char* name) : m_name(name) {}
-    void Prepare(VoGraphNode&) override {}
-    bool IsReady() const override { return true; }
-    void Run(TaskManager::SWorkItemStatus&) override { std::printf("%s\n", m_name), ++g_steps; }
-    BxReferenceCounter<unsigned int>& getReferenceCounter() const override { return m_count; }
-    const char* m_name;
-    mutable BxReferenceCounter<unsigned int> m_count;
-};
-
 void runExample()
 {
     VoTaskManager tasks;
     for (const char* name : {"load", "left", "right", "merge"})
-        tasks.Add(name, BxSmartPointer<IWorkItem>(new CStep(name)));
+        tasks.Add(name, [name] { std::printf("%s\n", name), ++g_steps; });     // runs on a pool thread
     tasks.AddDependency("load", "left"), tasks.AddDependency("load", "right");   // fork
     tasks.AddDependency("left", "merge"), tasks.AddDependency("right", "merge"); // join
     tasks.Start("load", ITaskManager::eP_Normal); // left and right run in parallel

@@ -15,6 +15,7 @@
 #include <bxbase/bxformat.h>
 #include <bxbase/bxiclassname.h>
 #include <bxbase/bxidumpable.h>
+#include <bxbase/bxreferencecountedobjectt.h>
 #include <bxbase/bxreferencecounter.h>
 #include <bxbase/bxrtti.h>
 #include <bxbase/bxsmartpointer.h>

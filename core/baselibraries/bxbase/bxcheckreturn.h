@@ -27,6 +27,8 @@ struct BxCheckReturnPolicyIgnore
     static void OnUnchecked() noexcept {}
 };
 
+/// The result of an operation that may fail without an error (locking, tree edits): the value plus a mark whether
+/// the caller looked at it.
 template <class T, class Policy = BxCheckReturnPolicyAssert>
 class [[nodiscard]] BxCheckReturn
 {

@@ -19,6 +19,7 @@
 #include <memory>
 #include <string>
 
+/// Root of the framework's exception family.
 class BXBASE_API BxException : public std::exception, public IException
 {
 public:

@@ -9,6 +9,8 @@
 
 #include <bxbase/bxexception.h>
 
+/// BxExceptionStd: a standard exception (std::bad_alloc, std::out_of_range...) carried into the framework's
+/// family; it keeps the original what() text as its message.
 class BXBASE_API BxExceptionStd : public BxException
 {
 public:

@@ -8,6 +8,7 @@
 
 #include <type_traits>
 
+/// A set of flags of the enumeration E, whose enumerators are bit values.
 template <class E>
 class BxFlags
 {

@@ -13,6 +13,7 @@
 #include <cstdarg>
 #include <string>
 
+/// Printf-style formatting into std::wstring with the framework's conventions.
 class BXBASE_API BxFormat
 {
 public:

@@ -9,6 +9,7 @@
 
 #include <utility>
 
+/// Mixin that gives an object a name of string type TString.
 template <int Id, class TString>
 class BxIClassName
 {

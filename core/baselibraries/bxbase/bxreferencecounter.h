@@ -12,6 +12,7 @@
 
 #include <atomic>
 
+/// Atomic reference counter embedded in reference-counted objects.
 template <class T>
 class BxReferenceCounter
 {

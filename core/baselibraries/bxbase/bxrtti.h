@@ -27,6 +27,8 @@
 #include <string>
 #include <vector>
 
+/// The type registry: one record per registered class, with its wide name, the records of its direct bases, a
+/// creation factory and an optional clone factory.
 class BXBASE_API BxRTTI
 {
 public:

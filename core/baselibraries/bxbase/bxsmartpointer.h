@@ -17,6 +17,7 @@
 #include <type_traits>
 #include <utility>
 
+/// Intrusive, thread-safe owning pointer to IReferenceCounted objects.
 template <class T>
 class BxSmartPointer
 {

@@ -3,6 +3,7 @@
 
 #include <bxbase/bxbaseapi.h>
 
+/// Root of every input stream of the framework (binary and text).
 class BXBASE_API BxStreamRead
 {
 public:

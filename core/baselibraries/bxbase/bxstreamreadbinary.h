@@ -29,6 +29,7 @@
 
 class ISerializable;
 
+/// Abstract binary input stream: the mirror of BxStreamWriteBinary.
 class BXBASE_API BxStreamReadBinary : public BxStreamRead
 {
 public:
@@ -62,6 +63,11 @@ public:
     /// chunk whose object does not consume exactly its bytes.
     std::unique_ptr<ISerializable> ReadChunk();
 
+    /// @name Reading values
+    /// Each operator reads a value in the form BxStreamWriteBinary writes and
+    /// returns the stream (any non-zero byte reads as true); data that ends
+    /// first throws BxExceptionStream.
+    //@{
     BxStreamReadBinary& operator>>(bool& v)
     {
         std::uint8_t byte;
@@ -84,6 +90,7 @@ public:
     BxStreamReadBinary& operator>>(double& v) { return get(v); }
     BxStreamReadBinary& operator>>(std::string& v);
     BxStreamReadBinary& operator>>(std::wstring& v);
+    //@}
 
     /// Reads exactly `count` bytes or throws BxExceptionStream naming `functionName`.
     void ReadExactly(void* data, std::size_t count, const char* functionName = "BxStreamReadBinary::ReadExactly");
@@ -105,6 +112,7 @@ protected:
         m_get = begin;
         m_getEnd = end;
     }
+    /// The next unread byte of the get area.
     const std::byte* getPointer() const noexcept { return m_get; }
     /// Bytes left in the get area.
     std::size_t getAreaSize() const noexcept { return static_cast<std::size_t>(m_getEnd - m_get); }

@@ -10,6 +10,7 @@
 #include <bxbase/bxbaseapi.h>
 #include <bxbase/bxstreamreadbinary.h>
 
+/// Binary input stream over a block of memory that it does not own.
 class BXBASE_API BxStreamReadBinaryBuffer : public BxStreamReadBinary
 {
 public:

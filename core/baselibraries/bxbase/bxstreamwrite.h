@@ -3,6 +3,7 @@
 
 #include <bxbase/bxbaseapi.h>
 
+/// Root of every output stream of the framework (binary and text).
 class BXBASE_API BxStreamWrite
 {
 public:

@@ -13,6 +13,7 @@
 
 #include <string>
 
+/// Text output stream that collects everything in a string.
 template <class TString>
 class BXBASE_API BxStreamWriteASCIIStringT : public BxStreamWriteASCIIT<TString>
 {

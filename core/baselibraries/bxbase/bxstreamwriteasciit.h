@@ -16,12 +16,19 @@
 
 #include <string>
 
+/// Abstract text output stream.
 template <class TString>
 class BXBASE_API BxStreamWriteASCIIT : public BxStreamWrite
 {
 public:
+    /// The text type the stream is meant for.
     using string_type = TString;
 
+    /// @name Writing values as text
+    /// Each operator writes its value and returns the stream: text and
+    /// characters as they are (a null pointer writes nothing), booleans as
+    /// "true" or "false", numbers in their shortest decimal form.
+    //@{
     BxStreamWriteASCIIT& operator<<(const char* text) { write(text ? text : ""); return *this; }
     BxStreamWriteASCIIT& operator<<(const wchar_t* text) { write(text ? text : L""); return *this; }
     BxStreamWriteASCIIT& operator<<(const std::string& text) { write(text.c_str()); return *this; }
@@ -39,6 +46,7 @@ public:
     BxStreamWriteASCIIT& operator<<(unsigned long long v);
     BxStreamWriteASCIIT& operator<<(float v);
     BxStreamWriteASCIIT& operator<<(double v);
+    //@}
 
 protected:
     /// Writes null-terminated narrow text.

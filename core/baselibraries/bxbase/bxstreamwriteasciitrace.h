@@ -14,6 +14,7 @@
 
 #include <string>
 
+/// Text output stream whose lines go to a logger at trace level.
 class BXBASE_API BxStreamWriteASCIITrace : public BxStreamWriteASCIIT<std::wstring>
 {
 public:

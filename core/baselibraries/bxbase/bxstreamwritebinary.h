@@ -28,6 +28,7 @@
 
 class ISerializable;
 
+/// Abstract binary output stream.
 class BXBASE_API BxStreamWriteBinary : public BxStreamWrite
 {
 public:
@@ -59,6 +60,12 @@ public:
     /// the class name (wide string), the u32 byte count of its binary form, the form.
     void WriteChunk(const ISerializable& object);
 
+    /// @name Writing values
+    /// Each operator writes its value in the binary form and returns the
+    /// stream: numbers little-endian in their size (bool as one byte 0 or 1),
+    /// narrow text as a u32 byte count and the bytes, wide text as a u32 count
+    /// of UTF-16 code units and the UTF-16LE units.
+    //@{
     BxStreamWriteBinary& operator<<(bool v) { return put(static_cast<std::uint8_t>(v ? 1 : 0)); }
     BxStreamWriteBinary& operator<<(char v) { return put(v); }
     BxStreamWriteBinary& operator<<(signed char v) { return put(v); }
@@ -79,6 +86,7 @@ public:
     BxStreamWriteBinary& operator<<(std::wstring_view v);
     BxStreamWriteBinary& operator<<(const std::wstring& v) { return *this << std::wstring_view(v); }
     BxStreamWriteBinary& operator<<(const wchar_t* v) { return *this << std::wstring_view(v); }
+    //@}
 
 protected:
     BxStreamWriteBinary() = default;

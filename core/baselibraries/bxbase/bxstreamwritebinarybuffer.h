@@ -13,6 +13,7 @@
 
 #include <memory>
 
+/// Binary output stream into a growing block of memory.
 class BXBASE_API BxStreamWriteBinaryBuffer : public BxStreamWriteBinary
 {
 public:

@@ -18,6 +18,7 @@
 #include <string>
 #include <string_view>
 
+/// Text conversions between the encodings the framework meets.
 class BXBASE_API BxStringConvert
 {
 public:

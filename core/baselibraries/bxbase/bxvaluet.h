@@ -15,6 +15,8 @@
 
 #include <utility>
 
+/// Reference-counted holder of one value: the base of the framework's value classes (BxInt32, BxString, ...),
+/// which typed data nodes carry.
 template <class T>
 class BxValueT : public IReferenceCounted, public ISerializable
 {

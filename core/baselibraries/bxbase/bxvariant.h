@@ -30,9 +30,11 @@
 #include <string>
 #include <variant>
 
+/// A tagged value of one of the framework's basic kinds.
 class BXBASE_API BxVariant
 {
 public:
+    /// The kind of the value held; the numbers are the stable tags of the binary forms.
     enum EVariantType : std::uint32_t
     {
         eVT_Null = 0,
@@ -57,7 +59,13 @@ public:
         eVT_Count = 19
     };
 
+    /// A null variant (tag 0).
     BxVariant() noexcept = default;
+    /// @name Construction from a value
+    /// The variant holds the value with the kind of its type: `long` as
+    /// eVT_Int64 and `unsigned long` as eVT_UInt64 (both 64-bit here), text
+    /// pointers as strings (a null pointer as the empty string).
+    //@{
     BxVariant(bool v) : m_value(std::in_place_index<eVT_Bool>, v) {}
     BxVariant(int v) : m_value(std::in_place_index<eVT_Int>, v) {}
     BxVariant(long long v) : m_value(std::in_place_index<eVT_Int64>, v) {}
@@ -79,12 +87,18 @@ public:
     BxVariant(const std::string& v) : m_value(std::in_place_index<eVT_String>, v) {}
     BxVariant(std::string&& v) : m_value(std::in_place_index<eVT_String>, std::move(v)) {}
     BxVariant(const char* v) : m_value(std::in_place_index<eVT_String>, v ? v : "") {}
+    //@}
 
+    /// Virtual, for the framework's classes derived from variants.
     virtual ~BxVariant() = default;
+    /// @name Copy and move
+    /// Copies and moves take the value and its kind.
+    //@{
     BxVariant(const BxVariant&) = default;
     BxVariant(BxVariant&&) noexcept = default;
     BxVariant& operator=(const BxVariant&) = default;
     BxVariant& operator=(BxVariant&&) noexcept = default;
+    //@}
 
     /// Typed assignment: the variant takes the value and its kind.
     template <class T>
@@ -95,10 +109,15 @@ public:
         return *this = BxVariant(std::forward<T>(value));
     }
 
+    /// The kind of the value held.
     EVariantType GetType() const noexcept { return static_cast<EVariantType>(m_value.index()); }
+    /// True for a null variant.
     bool IsNull() const noexcept { return m_value.index() == eVT_Null; }
+    /// True when the value is a number (bool and char included).
     bool IsNumeric() const noexcept { return IsNumericType(GetType()); }
+    /// True when the value is a narrow or a wide string.
     bool IsString() const noexcept { return GetType() == eVT_WString || GetType() == eVT_String; }
+    /// Makes the variant null.
     void SetNull() noexcept { m_value.emplace<eVT_Null>(); }
 
     /// The value converted to T (see the conversion rules above).
@@ -108,6 +127,9 @@ public:
     /// Converts the value in place to the kind `type`.
     void ConvertTo(EVariantType type);
 
+    /// @name Explicit conversions
+    /// Each is GetAs of its type (see the conversion rules above).
+    //@{
     explicit operator bool() const { return GetAs<bool>(); }
     explicit operator int() const { return GetAs<int>(); }
     explicit operator long long() const { return GetAs<long long>(); }
@@ -122,11 +144,17 @@ public:
     explicit operator unsigned long long() const { return GetAs<unsigned long long>(); }
     explicit operator std::wstring() const { return GetAs<std::wstring>(); }
     explicit operator std::string() const { return GetAs<std::string>(); }
+    //@}
 
+    /// @name Comparison
+    /// Null equals null; numbers compare by value across kinds; strings
+    /// compare lexicographically within their kind; anything else by tag.
+    //@{
     bool operator==(const BxVariant& other) const;
     bool operator!=(const BxVariant& other) const { return !(*this == other); }
     bool operator<(const BxVariant& other) const;
     bool operator>(const BxVariant& other) const { return other < *this; }
+    //@}
 
     /// True for the kinds that hold a number (bool and char included).
     static bool IsNumericType(EVariantType type) noexcept;
@@ -134,16 +162,23 @@ public:
     static bool IsValidType(std::uint32_t type) noexcept { return type < eVT_Count; }
 
 protected:
+    /// The empty alternative of the reserved tags 10, 11 and 17, which hold nothing.
     struct Reserved
     {
+        /// Reserved alternatives are all equal.
         bool operator==(const Reserved&) const = default;
     };
+    /// The value, its alternative's index being the tag.
     using Storage = std::variant<std::monostate, bool, int, long long, unsigned int, float, double, char,
                                  std::wstring, void*, Reserved, Reserved, signed char, unsigned char, short,
                                  unsigned short, unsigned long long, Reserved, std::string>;
 
+    /// @name Storage
+    /// The value as a std::variant, for derived classes.
+    //@{
     const Storage& storage() const noexcept { return m_value; }
     Storage& storage() noexcept { return m_value; }
+    //@}
 
 private:
     Storage m_value;

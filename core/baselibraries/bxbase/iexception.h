@@ -7,6 +7,8 @@
 
 #include <memory>
 
+/// Interface of the framework's exceptions: they can be copied polymorphically and rethrown with their dynamic
+/// type, which lets an exception caught on one thread be carried to and thrown again on another.
 class BXBASE_API IException
 {
 public:

@@ -10,6 +10,7 @@
 #include <bxbase/iextensioninterface.h>
 #include <bxbase/ireferencecounted.h>
 
+/// Interface of reference-counted objects that offer extensions by name.
 class BXBASE_API IExtendable : public IExtensionInterface, public IReferenceCounted
 {
 public:

@@ -10,6 +10,7 @@
 
 #include <bxbase/bxbaseapi.h>
 
+/// Root of the interfaces an object can offer as extensions.
 class BXBASE_API IExtensionInterface
 {
 public:

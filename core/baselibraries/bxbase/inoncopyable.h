@@ -2,6 +2,7 @@
 // handlers: objects with identity).
 #pragma once
 
+/// Marker base of classes that must not be copied or moved (nodes, managers, handlers: objects with identity).
 class INonCopyable
 {
 protected:

@@ -12,6 +12,7 @@
 
 class BxRTTI;
 
+/// Root interface of the classes registered in the type registry.
 class BXBASE_API IObject
 {
 public:

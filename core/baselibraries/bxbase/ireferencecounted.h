@@ -9,6 +9,7 @@
 #include <bxbase/bxbaseapi.h>
 #include <bxbase/bxreferencecounter.h>
 
+/// Interface of objects owned through BxSmartPointer.
 class BXBASE_API IReferenceCounted
 {
 public:

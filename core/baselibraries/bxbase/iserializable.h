@@ -15,6 +15,7 @@
 class BxStreamWriteBinary;
 class BxStreamReadBinary;
 
+/// Interface of objects with a binary form.
 class BXBASE_API ISerializable : public IObject
 {
 public:

@@ -35,6 +35,7 @@
 #include <vobase/history/vohistoryid.h>
 #include <vobase/history/vooperation.h>
 #include <vobase/history/vooperationabsolute.h>
+#include <vobase/history/vooperationt.h>
 #include <vobase/messaging/ccontext.h>
 #include <vobase/messaging/iinterceptormessagedispatcher.h>
 #include <vobase/messaging/irunnable.h>
@@ -128,8 +129,10 @@
 #include <vobase/tasks/votaskmanagerlist.h>
 #include <vobase/tasks/votaskmanagerpooling.h>
 #include <vobase/tasks/votaskmanagersequential.h>
+#include <vobase/tasks/votasksimplet.h>
 #include <vobase/tasks/vothreadpoolingworker.h>
 #include <vobase/tasks/vothreadsequentialworker.h>
+#include <vobase/tasks/voworkitemt.h>
 #include <vobase/vobaseapi.h>
 #include <vobase/vobaseversion.h>
 #include <vobase/workflow/ccontextstart.h>

@@ -22,6 +22,7 @@
 #include <memory>
 #include <string>
 
+/// Buffer-to-buffer LZMA compression through the separately loaded LZMA module.
 class VOCOMPRESSION_API VoCompressLZMA
 {
 public:

@@ -34,6 +34,7 @@
 #include <cstdint>
 #include <memory>
 
+/// Range encoder: a write stream that range-codes what is written to it.
 class VOCOMPRESSION_API VoCompressRangeCoder : private BxStreamWriteBinary
 {
 public:

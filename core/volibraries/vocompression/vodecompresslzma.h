@@ -17,6 +17,8 @@
 #include <memory>
 #include <string>
 
+/// Buffer-to-buffer LZMA decompression through the separately loaded LZMA module (see VoCompressLZMA for how the
+/// module is found).
 class VOCOMPRESSION_API VoDecompressLZMA
 {
 public:

@@ -28,6 +28,7 @@
 #include <cstdint>
 #include <vector>
 
+/// Range decoder: the read stream that reverses VoCompressRangeCoder.
 class VOCOMPRESSION_API VoDecompressRangeCoder : private BxStreamReadBinary
 {
 public:

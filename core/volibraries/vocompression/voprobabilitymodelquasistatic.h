@@ -23,6 +23,7 @@
 #include <cstdint>
 #include <vector>
 
+/// Adaptive frequency model for the range coder.
 class VOCOMPRESSION_API VoProbabilityModelQuasiStatic : public BxReferenceCountedObject
 {
 public:

@@ -18,6 +18,9 @@
 
 #include <bxbase/bxbaseapi.h>
 
+/// The process-wide report of unfulfilled conditions: a check inside the framework that found a broken pre- or
+/// post-condition says so here, naming the source file, the line, the qualified function name and a severity (1
+/// warning, 2 error).
 class BXBASE_API BxConditionHandler
 {
 public:

@@ -18,6 +18,7 @@
 
 namespace Interceptor {
 
+/// The standard interceptor list: a growable array of std::shared_ptr<I> guarded by its own critical section.
 template <class I>
 class CDispatcher : public IDispatcher<I>
 {

@@ -16,6 +16,7 @@
 
 namespace Interceptor {
 
+/// Base of the managers that outside code can hook into.
 template <class I, class D = CDispatcher<I>>
 class CFramework : public IFramework<I>
 {

@@ -9,6 +9,7 @@
 
 namespace Interceptor {
 
+/// The list of interceptors of one manager.
 template <class I>
 class IDispatcher
 {

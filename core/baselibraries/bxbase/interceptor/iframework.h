@@ -7,6 +7,7 @@
 
 namespace Interceptor {
 
+/// What a manager that can be intercepted offers: access to its interceptor list.
 template <class I>
 class IFramework
 {

@@ -17,6 +17,7 @@
 
 namespace Logging {
 
+/// The default logger: writes to standard error.
 class BXBASE_API CLogger : public ILogger
 {
 public:

@@ -26,6 +26,7 @@ enum ELogLevel
     eLL_Trace = 3
 };
 
+/// Interface of the framework's loggers.
 class BXBASE_API ILogger : public IReferenceCounted
 {
 public:

@@ -16,6 +16,7 @@
 
 namespace Persistence {
 
+/// Persistence reader over a JSON object.
 class BXBASE_API CJsonDataReader : public IDataReader
 {
 public:

@@ -17,6 +17,7 @@
 
 namespace Persistence {
 
+/// Persistence writer that builds a JSON object.
 class BXBASE_API CJsonDataWriter : public IDataWriter
 {
 public:

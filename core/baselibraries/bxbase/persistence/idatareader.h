@@ -18,6 +18,7 @@ namespace Persistence {
 
 class ISerializable;
 
+/// Reads typed entries by key (see Persistence::ISerializable).
 class BXBASE_API IDataReader
 {
 public:

@@ -16,6 +16,7 @@ namespace Persistence {
 
 class ISerializable;
 
+/// Writes typed entries by key (see Persistence::ISerializable).
 class BXBASE_API IDataWriter
 {
 public:

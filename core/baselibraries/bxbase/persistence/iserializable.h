@@ -17,6 +17,8 @@ namespace Persistence {
 class IDataReader;
 class IDataWriter;
 
+/// Interface of objects with a persistence form: typed entries by key, read and written through IDataReader and
+/// IDataWriter (the JSON side of the framework).
 class BXBASE_API ISerializable
 {
 public:

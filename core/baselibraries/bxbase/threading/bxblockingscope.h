@@ -17,6 +17,8 @@
 
 #include <bxbase/bxbaseapi.h>
 
+/// Marks a stretch of code in which the calling thread blocks (waits for an event or for another task), so that
+/// the owner of the thread can react.
 class BXBASE_API BxBlockingScope
 {
 public:

@@ -23,6 +23,7 @@
 #include <memory>
 #include <span>
 
+/// A manual-reset event: once set it stays set, releasing every waiter, until it is reset.
 class BXBASE_API BxEvent
 {
 public:

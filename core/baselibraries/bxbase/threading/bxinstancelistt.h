@@ -34,6 +34,8 @@
 
 #include <algorithm>
 
+/// A process-wide register of the live instances of one class: each instance enters it when it is made and leaves
+/// it when it goes; observers learn about both through signals.
 template <class T>
 class BxInstanceListT
 {

@@ -5,6 +5,8 @@
 // of it; use those.
 #pragma once
 
+/// The common face of the library's locks: Lock, TryLock and Unlock over a standard mutex, plus the standard
+/// Lockable names so that std::lock_guard, std::unique_lock and std::condition_variable_any work with them.
 template <class TNative>
 class BxLockT
 {

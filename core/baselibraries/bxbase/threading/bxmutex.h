@@ -18,6 +18,7 @@
 
 #include <mutex>
 
+/// A plain, non-recursive lock.
 class BXBASE_API BxMutex : public BxLockT<std::mutex>
 {
 public:

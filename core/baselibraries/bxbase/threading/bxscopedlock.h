@@ -9,6 +9,7 @@
 
 #include <utility>
 
+/// Holds any lock with Lock()/Unlock() (BxMutex, BxCriticalSection) for its lifetime; Unlock() releases it early.
 template <class TLock>
 class BxScopedLock
 {

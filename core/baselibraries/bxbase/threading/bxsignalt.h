@@ -22,6 +22,7 @@
 #include <utility>
 #include <vector>
 
+/// A signal that calls every connected slot when it is emitted, with the emitter's arguments.
 template <class... Args>
 class BxSignalT
 {

@@ -29,6 +29,8 @@ public:
     static void* GetOrCreate(const std::type_info& type, Create create, Destroy destroy);
 };
 
+/// One process-wide instance of T, made on the first GetInstance call under the singleton lock and destroyed at
+/// process exit (in the reverse order of creation).
 template <class T>
 class BxSingleton
 {

@@ -36,6 +36,7 @@
 #include <mutex>
 #include <optional>
 
+/// A unit of work for BxThreadPool, reference counted and owned through BxSmartPointer<BxTask>.
 class BXBASE_API BxTask : public BxReferenceCountedObject
 {
 public:

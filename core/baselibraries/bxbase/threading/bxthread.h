@@ -35,6 +35,8 @@
 #include <type_traits>
 #include <utility>
 
+/// A thread owned by an object of the derived class, which names its thread function: a member function of
+/// Derived returning DWORD, bool or int.
 template <class Derived, class Policy = BxThreadPolicyMFC>
 class BxThread : public BxThreadCore
 {

@@ -18,6 +18,8 @@
 #include <mutex>
 #include <thread>
 
+/// The operating-system side of BxThread<Derived, Policy>: one thread with a name the system shows, a priority,
+/// an affinity mask, an exit code and the events that mark its start and end.
 class BXBASE_API BxThreadCore
 {
 public:

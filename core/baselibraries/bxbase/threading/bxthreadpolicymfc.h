@@ -7,6 +7,7 @@
 //   class CWorker : public BxThread<CWorker, BxThreadPolicyMFC> { ... };
 #pragma once
 
+/// The thread policy of BxThread: calls made on the new thread before and after its thread function.
 struct BxThreadPolicyMFC
 {
     /// Called on the new thread before its thread function.

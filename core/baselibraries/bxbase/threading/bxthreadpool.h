@@ -51,6 +51,8 @@
 #include <mutex>
 #include <thread>
 
+/// The process-wide pool of worker threads that runs BxTasks, by priority: 2 (high) before 1 (normal) before 0
+/// (low), first in first out within one priority.
 class BXBASE_API BxThreadPool
 {
 public:

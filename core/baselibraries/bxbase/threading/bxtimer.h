@@ -16,6 +16,7 @@
 #include <chrono>
 #include <cstdint>
 
+/// A stopwatch on the monotonic clock.
 class BXBASE_API BxTimer
 {
 public:

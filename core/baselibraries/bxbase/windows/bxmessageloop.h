@@ -15,6 +15,8 @@
 
 #include <cstddef>
 
+/// Pumps the calling thread's message queue: any thread, the application's main thread included, can serve its
+/// message-only windows this way.
 class BXBASE_API BxMessageLoop
 {
 public:

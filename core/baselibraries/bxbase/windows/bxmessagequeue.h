@@ -28,6 +28,8 @@
 #include <mutex>
 #include <vector>
 
+/// The message queue of one thread: first in first out, made on the thread's first use of the message-window
+/// layer.
 class BXBASE_API BxMessageQueue
 {
 public:

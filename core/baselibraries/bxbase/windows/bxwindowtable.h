@@ -25,6 +25,7 @@
 
 class BxMessageQueue;
 
+/// The process-wide table of window classes and message-only windows behind bxwindowsapi.h.
 class BXBASE_API BxWindowTable
 {
 public:

@@ -33,21 +33,22 @@ using LPVOID = void*;
 /// A window procedure: handles one message for one window.
 using WNDPROC = LRESULT (*)(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam);
 
+/// A point in window coordinates.
 struct POINT
 {
-    std::int32_t x;
-    std::int32_t y;
+    std::int32_t x; ///< horizontal
+    std::int32_t y; ///< vertical
 };
 
 /// A queued message. `time` is the monotonic clock in milliseconds when it was posted.
 struct MSG
 {
-    HWND hwnd;
-    UINT message;
-    WPARAM wParam;
-    LPARAM lParam;
-    DWORD time;
-    POINT pt;
+    HWND hwnd;     ///< the window it is for
+    UINT message;  ///< the message number
+    WPARAM wParam; ///< the first parameter
+    LPARAM lParam; ///< the second parameter
+    DWORD time;    ///< when it was posted (monotonic milliseconds)
+    POINT pt;      ///< the cursor position (not used)
 };
 
 /// Window class description (80 bytes on 64-bit systems, as in Win32). Only
@@ -55,35 +56,35 @@ struct MSG
 /// sizeof(WNDCLASSEXW).
 struct WNDCLASSEXW
 {
-    UINT cbSize;
-    UINT style;
-    WNDPROC lpfnWndProc;
-    int cbClsExtra;
-    int cbWndExtra;
-    HINSTANCE hInstance;
-    void* hIcon;
-    void* hCursor;
-    void* hbrBackground;
-    LPCWSTR lpszMenuName;
-    LPCWSTR lpszClassName;
-    void* hIconSm;
+    UINT cbSize;           ///< sizeof(WNDCLASSEXW)
+    UINT style;            ///< not used
+    WNDPROC lpfnWndProc;   ///< the window procedure of the class's windows
+    int cbClsExtra;        ///< not used
+    int cbWndExtra;        ///< not used
+    HINSTANCE hInstance;   ///< the module that registers the class
+    void* hIcon;           ///< not used
+    void* hCursor;         ///< not used
+    void* hbrBackground;   ///< not used
+    LPCWSTR lpszMenuName;  ///< not used
+    LPCWSTR lpszClassName; ///< the class name that windows are created with
+    void* hIconSm;         ///< not used
 };
 
 /// What WM_CREATE carries in lParam (a pointer to this structure).
 struct CREATESTRUCTW
 {
     LPVOID lpCreateParams; ///< the creation parameter of CreateWindowExW
-    HINSTANCE hInstance;
-    void* hMenu;
-    HWND hwndParent;
-    int cy;
-    int cx;
-    int y;
-    int x;
-    std::int32_t style;
-    LPCWSTR lpszName;
-    LPCWSTR lpszClass;
-    DWORD dwExStyle;
+    HINSTANCE hInstance;   ///< as given to CreateWindowExW
+    void* hMenu;           ///< as given to CreateWindowExW
+    HWND hwndParent;       ///< as given to CreateWindowExW
+    int cy;                ///< height, as given
+    int cx;                ///< width, as given
+    int y;                 ///< top, as given
+    int x;                 ///< left, as given
+    std::int32_t style;    ///< window style, as given
+    LPCWSTR lpszName;      ///< window name, as given
+    LPCWSTR lpszClass;     ///< class name, as given
+    DWORD dwExStyle;       ///< extended style, as given
 };
 
 // Message numbers.

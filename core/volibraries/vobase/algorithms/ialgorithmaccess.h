@@ -19,6 +19,8 @@
 
 class BxRTTI;
 
+/// The self-description of an algorithm, offered as an extension: its flag types and flags, its parameters, its
+/// input types with their inputs, and its outputs, each named and typed by a registry record.
 class VOBASE_API IAlgorithmAccess : public IExtensionInterface
 {
 public:

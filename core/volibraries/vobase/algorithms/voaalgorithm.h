@@ -32,6 +32,8 @@
 
 class VoAlgorithm;
 
+/// The standard implementation of IAlgorithmAccess: it owns one InterfaceDescription, built on first use by the
+/// virtual createInterfaceDescription, and answers every query from it.
 class VOBASE_API VoAAlgorithm : public IAlgorithmAccess
 {
 public:

@@ -47,6 +47,8 @@
 
 class BxEvent;
 
+/// Base class of every computation: an algorithm is initialised once, computed, and then its outputs are read; a
+/// failure is either stored (and reported by a false result) or thrown to the caller, as the compute flags say.
 class VOBASE_API VoAlgorithm : public IExtendable, public IObject, private INonCopyable
 {
 public:

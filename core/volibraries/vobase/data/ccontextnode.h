@@ -21,6 +21,8 @@ class VoNode;
 
 namespace DataManager {
 
+/// The context of the data manager's tree notifications: the manager and the node that was inserted, moved or
+/// removed.
 class VOBASE_API CContextNode : public IContext
 {
 public:

@@ -18,6 +18,7 @@ class VoDataManager;
 
 namespace DataManager {
 
+/// Base of the context objects that a data manager hands to its interceptors.
 class VOBASE_API IContext : public Interceptor::IContext
 {
 public:

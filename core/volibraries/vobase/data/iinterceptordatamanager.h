@@ -20,6 +20,7 @@
 
 namespace DataManager {
 
+/// The hooks through which outside code follows the tree edits of a data manager (insert, move and remove).
 class VOBASE_API IInterceptorDataManager
 {
 public:

@@ -23,6 +23,8 @@
 class VoDataManager;
 class VoNode;
 
+/// Base of the lock handles through which a thread asks a data manager for read or write access to a node and its
+/// subtree.
 class VOBASE_API VoDataHandleBase
 {
 public:

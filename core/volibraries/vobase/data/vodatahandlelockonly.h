@@ -23,6 +23,8 @@
 
 #include <type_traits>
 
+/// A lock handle on one node: VoDataHandleLockOnly<0> asks for read access, VoDataHandleLockOnly<1> for write
+/// access to the node and its subtree.
 template <int N>
 class VOBASE_API VoDataHandleLockOnly : public VoDataHandleBase
 {

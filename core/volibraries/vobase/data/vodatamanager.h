@@ -53,6 +53,8 @@ class VoNode;
 template <int N>
 class VoDataHandleLockOnly;
 
+/// The data manager: owns one tree of nodes (its root is named "Root") and grants threads read and write locks on
+/// subtrees of it.
 class VOBASE_API VoDataManager
     : public BxIDumpable<1>,
       public Interceptor::CFramework<DataManager::IInterceptorDataManager,

@@ -29,6 +29,7 @@
 #include <memory>
 #include <vector>
 
+/// A container whose elements carry typed per-element slots, one per registered attribute definition.
 class VOBASE_API VoAttributeContainer : private INonCopyable
 {
 public:

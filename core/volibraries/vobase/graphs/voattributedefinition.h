@@ -28,6 +28,8 @@
 
 class VoAttributeContainer;
 
+/// One typed per-element slot of an attribute container: a name, an element size, an attribute ID and the slot
+/// type's construction and destruction objects.
 class VOBASE_API VoAttributeDefinition
 {
 public:

@@ -10,6 +10,8 @@
 #include <memory>
 #include <new>
 
+/// The construction object of an attribute slot: builds a T in a slot's raw bytes, either value-initialised or as
+/// a copy of a default value.
 template <class T>
 class VoConstructor
 {

@@ -5,6 +5,7 @@
 //   release(slotBytes);   // drops the reference the slot held
 #pragma once
 
+/// The destruction object of an attribute slot: ends the life of the T that a VoConstructor<T> built in the slot.
 template <class T>
 class VoDestructor
 {

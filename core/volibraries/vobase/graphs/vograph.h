@@ -38,6 +38,7 @@
 #include <map>
 #include <vector>
 
+/// A directed, weighted graph.
 class VOBASE_API VoGraph : public VoAttributeContainer, public ISerializable
 {
 public:

@@ -20,6 +20,8 @@
 
 class VoGraphNode;
 
+/// A directed, weighted connection between two graph nodes, shared by the source's outgoing list and the target's
+/// incoming list.
 class VOBASE_API VoGraphConnection : public BxReferenceCountedObject
 {
 public:

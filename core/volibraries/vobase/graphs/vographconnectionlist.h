@@ -30,6 +30,7 @@
 
 class VoGraphNode;
 
+/// The outgoing or incoming connections of a graph node, in the order they were added.
 class VOBASE_API VoGraphConnectionList : private INonCopyable
 {
 public:

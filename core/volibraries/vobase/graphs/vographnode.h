@@ -29,6 +29,8 @@
 class VoGraph;
 
 
+/// A node of a VoGraph: its outgoing and incoming connections, a weight, the links of a path through the graph,
+/// attribute flags and its element of the graph's attribute container.
 class VOBASE_API VoGraphNode : public BxIClassName<0, CStringA>, private INonCopyable
 {
 public:

@@ -15,6 +15,8 @@
 
 class VoGraphNode;
 
+/// Walks a path that an algorithm left in a graph's path links, forward from the start along the next-on-path
+/// links, or backward from the end along the previous-on-path links, until the links run out.
 class VOBASE_API VoGraphPathIterator
 {
 public:

@@ -28,6 +28,8 @@
 #include <utility>
 #include <vector>
 
+/// A binary heap over an array of element pointers, with the precedence and the element bookkeeping given by
+/// policies.
 template <class TElement, class TPrecedence, class TOperator>
 class VoHeap
 {

@@ -8,6 +8,7 @@
 
 #include <cstdint>
 
+/// An element of a VoHeap: its position in the heap's array, its key and a value.
 template <class T>
 struct VoHeapElementSimple
 {

@@ -7,6 +7,8 @@
 
 #include <cstdint>
 
+/// Operator policy of a heap whose elements' keys may change in place: the heap records every element's position
+/// in the element, so that Update can find it again.
 struct VoHeapPolicyOperatorUpdatable
 {
     static constexpr bool IsUpdatable = true;

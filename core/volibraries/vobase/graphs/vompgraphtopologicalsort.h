@@ -27,6 +27,9 @@
 class VoGraph;
 class VoGraphNode;
 
+/// Orders the nodes of a graph so that every node comes before the nodes its outgoing connections lead to: the
+/// reverse post-order of a depth-first walk that starts at the first node of the list and then at every node not
+/// yet reached, in list order, following connections in list order.
 class VOBASE_API VoMpGraphTopologicalSort : public VoAlgorithm
 {
 public:

@@ -24,6 +24,8 @@
 class VoGraph;
 class VoGraphNode;
 
+/// The cheapest path between two nodes of a graph under the connection weights (Dijkstra's method with an
+/// updatable binary heap).
 class VOBASE_API VoMpGraphToShortestPath : public VoAlgorithm
 {
 public:

@@ -20,6 +20,7 @@
 
 #include <cstdint>
 
+/// Disjoint sets over the element numbers 0 ..
 class VOBASE_API VoUnionFind
 {
 public:

@@ -46,6 +46,7 @@
 #include <memory>
 #include <vector>
 
+/// The undo history: operations recorded in actions, undone and redone by whole actions.
 class VOBASE_API VoHistory : public INonCopyable
 {
 public:

@@ -28,6 +28,8 @@
 #include <cstddef>
 #include <cstdint>
 
+/// One user-visible step of the history ("Move layer", "Paint"): a description and the operations recorded for
+/// it, each tagged with the identifier of the object it changes.
 class VOBASE_API VoHistoryAction
 {
 public:

@@ -16,6 +16,7 @@
 #include <cstddef>
 #include <cstdint>
 
+/// Names the object that an operation changes, so that undo and redo can treat each object's operations together.
 class VOBASE_API VoHistoryID
 {
 public:

@@ -39,6 +39,7 @@
 class VoDataManager;
 class VoNode;
 
+/// An undoable edit of the data model.
 class VOBASE_API VoOperation : public IReferenceCounted, public IObject
 {
     BX_DECLARE_RTTI()

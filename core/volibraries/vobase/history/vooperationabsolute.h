@@ -15,6 +15,7 @@
 #include <vobase/history/vooperation.h>
 #include <vobase/vobaseapi.h>
 
+/// An operation that sets its object's state outright (it is absolute by construction).
 class VOBASE_API VoOperationAbsolute : public VoOperation
 {
     BX_DECLARE_RTTI()

@@ -16,6 +16,8 @@ class VoMessageHandlerBase;
 
 namespace Messaging {
 
+/// What the message dispatcher tells its interceptors at a subscription change: the handler and the type record
+/// (VoMessageCommand::RTTI for command subscriptions).
 class VOBASE_API CContext : public Interceptor::IContext
 {
 public:

@@ -15,6 +15,8 @@
 
 namespace Messaging {
 
+/// The hooks of the message dispatcher: told of every subscription change, on the dispatcher's thread, after a
+/// handler was added to a subscriber list and before one is removed from it.
 class VOBASE_API IInterceptorMessageDispatcher
 {
 public:

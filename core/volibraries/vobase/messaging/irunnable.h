@@ -13,6 +13,8 @@
 
 #include <bxbase/ireferencecounted.h>
 
+/// Something that can be run once on whichever thread receives it; carried to a handler's thread by
+/// VoMessageRunnable.
 class VOBASE_API IRunnable : public IReferenceCounted
 {
 public:

@@ -22,6 +22,7 @@
 
 #include <cstdint>
 
+/// The base class of everything the message dispatcher carries.
 class VOBASE_API VoMessage : public IReferenceCounted, public IObject
 {
     BX_DECLARE_RTTI();

@@ -10,6 +10,7 @@
 
 #include <vobase/messaging/vomessagewindows.h>
 
+/// A command: the system's command window message (0x111) with the command id as wParam and lParam 0.
 class VOBASE_API VoMessageCommand : public VoMessageWindows
 {
     BX_DECLARE_RTTI();

@@ -10,6 +10,7 @@
 
 class VoMessageHandler;
 
+/// Asks a handler to create the window of another handler on its own thread.
 class VOBASE_API VoMessageCreateHWND : public VoMessage
 {
     BX_DECLARE_RTTI();

@@ -44,6 +44,8 @@
 #include <utility>
 #include <vector>
 
+/// The process-wide message router: a threaded handler named "MessageDispatcher" that keeps the subscription
+/// tables and turns every send or post into queue entries on the subscribing handlers' threads.
 class VOBASE_API VoMessageDispatcher
     : public VoMessageHandlerThreaded,
       public Interceptor::CFramework<Messaging::IInterceptorMessageDispatcher,

@@ -23,6 +23,7 @@
 
 #include <vobase/messaging/vomessagehandlerbase.h>
 
+/// A message handler whose home is the thread that creates its message-only window (initMessageHandler).
 class VOBASE_API VoMessageHandler : public VoMessageHandlerBase
 {
 public:

@@ -64,6 +64,9 @@ inline constexpr unsigned int WM_VO_POST_NOTIFICATION = 0xB001;
 /// Carries the text of a VoMessageString (wParam: window, lParam: text from CoTaskMemAlloc).
 inline constexpr unsigned int WM_VO_MESSAGE_STRING = 0xB011;
 
+/// The receiving side of the message dispatcher: a handler bound to one thread, with a send queue and a post
+/// queue that any thread may fill, and a window procedure hook that processes one queued entry per wake-up window
+/// message on the handler's own thread.
 class VOBASE_API VoMessageHandlerBase : public BxIClassName<0, CStringW>
 {
 public:

@@ -23,6 +23,8 @@
 #include <bxbase/threading/bxevent.h>
 #include <bxbase/threading/bxthread.h>
 
+/// A message handler that owns its thread: the thread creates the handler's window and runs its message loop
+/// until the quit message.
 class VOBASE_API VoMessageHandlerThreaded : public BxThread<VoMessageHandlerThreaded, BxThreadPolicyMFC>,
                                             public VoMessageHandler
 {

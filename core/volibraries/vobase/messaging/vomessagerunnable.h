@@ -13,6 +13,8 @@
 
 #include <bxbase/bxsmartpointer.h>
 
+/// Carries an IRunnable to whichever handler subscribes to VoMessageRunnable; that handler typically runs it on
+/// its own thread.
 class VOBASE_API VoMessageRunnable : public VoMessage
 {
     BX_DECLARE_RTTI();

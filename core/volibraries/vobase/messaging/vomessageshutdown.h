@@ -5,6 +5,8 @@
 
 #include <vobase/messaging/vomessage.h>
 
+/// Asks the message dispatcher to shut down: it unsubscribes every handler, empties its registry and ends its
+/// thread.
 class VOBASE_API VoMessageShutDown : public VoMessage
 {
     BX_DECLARE_RTTI();

@@ -14,6 +14,7 @@
 
 #include <bxbase/windows/bxwindowtypes.h>
 
+/// A text for a window.
 class VOBASE_API VoMessageString : public VoMessage
 {
     BX_DECLARE_RTTI();

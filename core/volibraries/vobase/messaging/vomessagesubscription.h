@@ -18,6 +18,8 @@
 
 class VoMessageHandlerBase;
 
+/// A subscription request: a handler asks the dispatcher to add or remove it as a subscriber of a message class
+/// or a command id.
 class VOBASE_API VoMessageSubscription : public VoMessage
 {
     BX_DECLARE_RTTI();

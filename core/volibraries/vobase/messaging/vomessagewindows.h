@@ -15,6 +15,7 @@
 
 #include <cstdint>
 
+/// A window message carried as a dispatcher message: message number, wParam and lParam.
 class VOBASE_API VoMessageWindows : public VoMessageWorkflowAction
 {
     BX_DECLARE_RTTI();

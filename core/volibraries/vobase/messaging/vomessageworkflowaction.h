@@ -6,6 +6,8 @@
 
 #include <vobase/messaging/vomessage.h>
 
+/// Base of every message that may drive a workflow: the workflow manager selects a transfer function by the
+/// action message it receives.
 class VOBASE_API VoMessageWorkflowAction : public VoMessage
 {
     BX_DECLARE_RTTI();

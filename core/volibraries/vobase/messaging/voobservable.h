@@ -30,6 +30,8 @@
 
 class VoObserver;
 
+/// A same-thread notifier: it calls every VoObserver registered for a notification type directly, inside
+/// NotifyObservers, in registration order.
 class VOBASE_API VoObservable
 {
 public:

@@ -10,6 +10,8 @@
 
 #include <cstdint>
 
+/// The notification an observable hands to its observers: one of 23 types and the user data the observer
+/// registered with.
 class VOBASE_API VoObservableMessage
 {
 public:

@@ -23,6 +23,7 @@
 
 class VoObservable;
 
+/// Receives the notifications of the observables it registered with (VoObservable).
 class VOBASE_API VoObserver
 {
 public:

@@ -13,6 +13,8 @@
 
 class VoMessageHandlerBase;
 
+/// An entry of a post queue: the message of an asynchronous post and the handler it is addressed to (null: every
+/// subscriber).
 struct VoPostNotification
 {
     VoMessageHandlerBase* target = nullptr;     ///< null: all subscribers

@@ -10,6 +10,9 @@ class VoMessage;
 class VoMessageHandlerBase;
 class VoThreadSendStatus;
 
+/// An entry of a send queue: the message of a synchronous send, borrowed from the sender (who waits until every
+/// reply is in), the handler it is addressed to (null: every subscriber) and the send's status, which collects
+/// the answers and wakes the sender.
 struct VoSendNotification
 {
     VoMessageHandlerBase* target = nullptr;  ///< null: all subscribers

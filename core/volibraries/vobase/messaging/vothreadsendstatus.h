@@ -32,6 +32,8 @@
 
 class VoMessageHandlerBase;
 
+/// The state of one synchronous send in flight: the answers, the number of answers still expected, and the two
+/// events the sender waits on.
 class VOBASE_API VoThreadSendStatus : public IReferenceCounted, public INonCopyable
 {
 public:

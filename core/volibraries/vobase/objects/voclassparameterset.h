@@ -27,6 +27,9 @@
 #include <cstdint>
 #include <memory>
 
+/// The parameter set that describes a class's parameters: a VoParameterSet's maps plus description and resource
+/// identifiers (numbers that point into the application's string resources), with its groups in a separately
+/// owned map.
 class VOBASE_API VoClassParameterSet
     : public VoParameterMapsT<VoClassParameterSet, BxMap<CStringW, VoClassParameterSet>>
 {

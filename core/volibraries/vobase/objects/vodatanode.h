@@ -21,12 +21,16 @@
 
 #include <string>
 
+/// A node that carries one value object of a base-types value class T (BxInt32, BxString, ...), held as
+/// BxSmartPointer<T>.
 template <class T>
 class VOBASE_API VoDataNode : public VoDataNodeBase
 {
 public:
     /// A node named "__noname" without data.
     VoDataNode() = default;
+    /// A node named `name` carrying `data` (which may be null); `serializeLeaves`
+    /// and `mode` as for VoNode.
     VoDataNode(const wchar_t* name, BxSmartPointer<T> data, bool serializeLeaves = true,
                ETrackModificationMode mode = eTMM_Track)
         : VoDataNodeBase(name, serializeLeaves, mode), m_data(std::move(data))
@@ -54,6 +58,7 @@ public:
         BxCriticalSectionLocker lock(getLock());
         return m_data;
     }
+    /// The data, read-only (may be null).
     BxSmartPointer<const T> GetData() const
     {
         BxCriticalSectionLocker lock(getLock());

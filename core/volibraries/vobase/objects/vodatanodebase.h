@@ -11,6 +11,8 @@
 #include <vobase/vobaseapi.h>
 #include <vobase/objects/vonode.h>
 
+/// The base of the nodes that carry one value object (VoDataNode<T> and the typed nodes VoDataNodeInt32,
+/// VoDataNodeString, ...).
 class VOBASE_API VoDataNodeBase : public VoNode
 {
 public:

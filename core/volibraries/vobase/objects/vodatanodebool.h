@@ -7,6 +7,7 @@
 #include <vobase/vobaseapi.h>
 #include <vobase/objects/vodatanode.h>
 
+/// A data node carrying a BxBool, registered as "VoDataNodeBool".
 class VOBASE_API VoDataNodeBool : public VoDataNode<BxBool>
 {
 public:

@@ -7,6 +7,7 @@
 #include <vobase/vobaseapi.h>
 #include <vobase/objects/vodatanode.h>
 
+/// A data node carrying a BxChar, registered as "VoDataNodeChar".
 class VOBASE_API VoDataNodeChar : public VoDataNode<BxChar>
 {
 public:

@@ -7,6 +7,7 @@
 #include <vobase/vobaseapi.h>
 #include <vobase/objects/vodatanode.h>
 
+/// A data node carrying a BxFloat32, registered as "VoDataNodeFloat32".
 class VOBASE_API VoDataNodeFloat32 : public VoDataNode<BxFloat32>
 {
 public:

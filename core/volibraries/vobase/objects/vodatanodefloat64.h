@@ -7,6 +7,7 @@
 #include <vobase/vobaseapi.h>
 #include <vobase/objects/vodatanode.h>
 
+/// A data node carrying a BxFloat64, registered as "VoDataNodeFloat64".
 class VOBASE_API VoDataNodeFloat64 : public VoDataNode<BxFloat64>
 {
 public:

@@ -7,6 +7,7 @@
 #include <vobase/vobaseapi.h>
 #include <vobase/objects/vodatanode.h>
 
+/// A data node carrying a BxInt16, registered as "VoDataNodeInt16".
 class VOBASE_API VoDataNodeInt16 : public VoDataNode<BxInt16>
 {
 public:

@@ -7,6 +7,7 @@
 #include <vobase/vobaseapi.h>
 #include <vobase/objects/vodatanode.h>
 
+/// A data node carrying a BxInt32, registered as "VoDataNodeInt32".
 class VOBASE_API VoDataNodeInt32 : public VoDataNode<BxInt32>
 {
 public:

@@ -7,6 +7,7 @@
 #include <vobase/vobaseapi.h>
 #include <vobase/objects/vodatanode.h>
 
+/// A data node carrying a BxInt64, registered as "VoDataNodeInt64".
 class VOBASE_API VoDataNodeInt64 : public VoDataNode<BxInt64>
 {
 public:

@@ -7,6 +7,7 @@
 #include <vobase/vobaseapi.h>
 #include <vobase/objects/vodatanode.h>
 
+/// A data node carrying a BxInt8, registered as "VoDataNodeInt8".
 class VOBASE_API VoDataNodeInt8 : public VoDataNode<BxInt8>
 {
 public:

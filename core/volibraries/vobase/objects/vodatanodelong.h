@@ -7,6 +7,7 @@
 #include <vobase/vobaseapi.h>
 #include <vobase/objects/vodatanode.h>
 
+/// A data node carrying a BxLong, registered as "VoDataNodeLong".
 class VOBASE_API VoDataNodeLong : public VoDataNode<BxLong>
 {
 public:

@@ -7,6 +7,7 @@
 #include <vobase/vobaseapi.h>
 #include <vobase/objects/vodatanode.h>
 
+/// A data node carrying a BxString, registered as "VoDataNodeString".
 class VOBASE_API VoDataNodeString : public VoDataNode<BxString>
 {
 public:

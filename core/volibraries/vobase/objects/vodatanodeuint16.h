@@ -7,6 +7,7 @@
 #include <vobase/vobaseapi.h>
 #include <vobase/objects/vodatanode.h>
 
+/// A data node carrying a BxUInt16, registered as "VoDataNodeUInt16".
 class VOBASE_API VoDataNodeUInt16 : public VoDataNode<BxUInt16>
 {
 public:

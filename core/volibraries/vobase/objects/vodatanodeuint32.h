@@ -7,6 +7,7 @@
 #include <vobase/vobaseapi.h>
 #include <vobase/objects/vodatanode.h>
 
+/// A data node carrying a BxUInt32, registered as "VoDataNodeUInt32".
 class VOBASE_API VoDataNodeUInt32 : public VoDataNode<BxUInt32>
 {
 public:

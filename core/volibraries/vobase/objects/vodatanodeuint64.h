@@ -7,6 +7,7 @@
 #include <vobase/vobaseapi.h>
 #include <vobase/objects/vodatanode.h>
 
+/// A data node carrying a BxUInt64, registered as "VoDataNodeUInt64".
 class VOBASE_API VoDataNodeUInt64 : public VoDataNode<BxUInt64>
 {
 public:

@@ -7,6 +7,7 @@
 #include <vobase/vobaseapi.h>
 #include <vobase/objects/vodatanode.h>
 
+/// A data node carrying a BxUInt8, registered as "VoDataNodeUInt8".
 class VOBASE_API VoDataNodeUInt8 : public VoDataNode<BxUInt8>
 {
 public:

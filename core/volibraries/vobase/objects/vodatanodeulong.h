@@ -7,6 +7,7 @@
 #include <vobase/vobaseapi.h>
 #include <vobase/objects/vodatanode.h>
 
+/// A data node carrying a BxULong, registered as "VoDataNodeULong".
 class VOBASE_API VoDataNodeULong : public VoDataNode<BxULong>
 {
 public:

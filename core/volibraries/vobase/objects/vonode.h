@@ -59,6 +59,9 @@
 
 class VoDataManager;
 
+/// The element of the application's data tree: a named, reference-counted node with an ordered list of children,
+/// a guarded link to its parent, a modification flag, the data manager that owns the tree, and per-thread read
+/// and write counters through which the data manager locks whole subtrees.
 class VOBASE_API VoNode : public IReferenceCounted,
                           public BxIClassName<0, CStringW>,
                           public INonCopyable,

@@ -18,6 +18,8 @@
 class BxStreamReadBinary;
 class BxStreamWriteBinary;
 
+/// Operations on the maps of a parameter set, shared by VoParameterSet and VoClassParameterSet: lookups with a
+/// fallback, the limit check, sorted key lists and the binary form of the parameters.
 class VOBASE_API VoParameterMaps
 {
 public:

@@ -32,6 +32,8 @@
 class BxStreamReadBinary;
 class BxStreamWriteBinary;
 
+/// The maps and members that VoParameterSet and VoClassParameterSet have in common: parameters, extensions, the
+/// three constraint maps, and the group operations over the group map that each class keeps in its own way.
 template <class Derived, class GroupMapT>
 class VOBASE_API VoParameterMapsT
 {

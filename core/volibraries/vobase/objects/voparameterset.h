@@ -27,6 +27,8 @@
 #include <bxbase/bxcontainers.h>
 #include <bxbase/bxtypes.h>
 
+/// A named collection of variant values with optional limits, text extensions and nested groups; algorithms and
+/// classes carry their settings in it.
 class VOBASE_API VoParameterSet : public VoParameterMapsT<VoParameterSet, BxMapEx<CStringW, VoParameterSet>>
 {
 public:

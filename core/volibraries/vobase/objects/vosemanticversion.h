@@ -27,10 +27,15 @@
 #include <cstdint>
 #include <string>
 
+/// A semantic version: major.minor.patch with an optional label.
 class VOBASE_API VoSemanticVersion : public Persistence::ISerializable
 {
 public:
+    /// Version 0.0.0 without a label.
     VoSemanticVersion() = default;
+    /// @name Construction from numbers
+    /// The numbers not given are 0; a label given as null is empty.
+    //@{
     explicit VoSemanticVersion(std::uint32_t major);
     VoSemanticVersion(std::uint32_t major, std::uint32_t minor);
     VoSemanticVersion(std::uint32_t major, std::uint32_t minor, std::uint32_t patch);
@@ -38,48 +43,75 @@ public:
     VoSemanticVersion(std::uint32_t major, std::uint32_t minor, std::uint32_t patch, const std::wstring& label);
     VoSemanticVersion(std::uint32_t major, std::uint32_t minor, std::uint32_t patch, const char* label);
     VoSemanticVersion(std::uint32_t major, std::uint32_t minor, std::uint32_t patch, const wchar_t* label);
+    //@}
+    /// @name Construction from text
+    //@{
     /// Parses the text; invalid text throws BxException at "VoSemanticVersion::operator =".
     VoSemanticVersion(const std::string& text);
     VoSemanticVersion(const std::wstring& text);
     VoSemanticVersion(const char* text);
     VoSemanticVersion(const wchar_t* text);
+    //@}
+    /// @name Copy and move
+    /// Copies and moves take the numbers and the label.
+    //@{
     VoSemanticVersion(const VoSemanticVersion&) = default;
     VoSemanticVersion(VoSemanticVersion&&) noexcept = default;
-    ~VoSemanticVersion() override = default;
-
     VoSemanticVersion& operator=(const VoSemanticVersion&) = default;
     VoSemanticVersion& operator=(VoSemanticVersion&&) noexcept = default;
+    //@}
+    /// Nothing to release beyond the label.
+    ~VoSemanticVersion() override = default;
+
+    /// @name Assignment from text
     /// Resets to 0.0.0, then parses into the fields; invalid text throws
     /// BxException at "VoSemanticVersion::operator =" and the fields parsed
     /// before the failure stay.
+    //@{
     VoSemanticVersion& operator=(const std::string& text);
     VoSemanticVersion& operator=(const std::wstring& text);
     VoSemanticVersion& operator=(const char* text);
     VoSemanticVersion& operator=(const wchar_t* text);
+    //@}
 
+    /// Sets the major number.
     void SetVersionMajor(std::uint32_t major) noexcept { m_major = major; }
+    /// Sets the minor number.
     void SetVersionMinor(std::uint32_t minor) noexcept { m_minor = minor; }
+    /// Sets the patch number.
     void SetVersionPatch(std::uint32_t patch) noexcept { m_patch = patch; }
     /// Sets the label; null clears it.
     void SetLabel(const char* label) { m_label = label ? label : ""; }
+    /// The major number.
     std::uint32_t GetVersionMajor() const noexcept { return m_major; }
+    /// The minor number.
     std::uint32_t GetVersionMinor() const noexcept { return m_minor; }
+    /// The patch number.
     std::uint32_t GetVersionPatch() const noexcept { return m_patch; }
+    /// The label (empty when there is none).
     const std::string& GetLabel() const noexcept { return m_label; }
 
     /// "major.minor.patch", plus "-label" when the label is not empty.
     std::string ToString() const;
 
     /// True when the text parses (null counts as the empty text, 0.0.0).
+    /// @name Validity
+    /// True when the text parses (null counts as the empty text, 0.0.0).
+    //@{
     static bool IsValid(const char* text);
     static bool IsValid(const std::string& text);
     static bool IsValid(const std::wstring& text);
+    //@}
     /// True for every text, without parsing (see the top of this file).
     static bool IsValid(const wchar_t* text);
 
+    /// Equal numbers; the label is ignored.
     bool operator==(const VoSemanticVersion& other) const noexcept;
+    /// Different numbers; the label is ignored.
     bool operator!=(const VoSemanticVersion& other) const noexcept { return !(*this == other); }
+    /// Lexicographic over (major, minor, patch).
     bool operator<(const VoSemanticVersion& other) const noexcept;
+    /// Lexicographic over (major, minor, patch).
     bool operator>(const VoSemanticVersion& other) const noexcept { return other < *this; }
     /// Compares the major number only.
     bool operator<=(const VoSemanticVersion& other) const noexcept { return m_major <= other.m_major; }
@@ -90,6 +122,7 @@ public:
     std::string GetTypeName() const override { return "VoSemanticVersion"; }
     /// Reads "Major", "Minor", "Patch" and "Label"; a missing one throws Persistence::CException.
     void ReadFrom(const Persistence::IDataReader& reader) override;
+    /// Writes "Major", "Minor", "Patch" and "Label".
     void WriteTo(Persistence::IDataWriter& writer) const override;
 
 private:

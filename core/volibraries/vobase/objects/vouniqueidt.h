@@ -38,6 +38,8 @@
 class BxStreamReadBinary;
 class BxStreamWriteBinary;
 
+/// A 128-bit unique identifier with a lazily built, upper-case text form of string type T (narrow std::string or
+/// wide std::wstring).
 template <class T>
 class VOBASE_API VoUniqueIdT
 {

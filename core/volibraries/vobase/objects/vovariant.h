@@ -30,6 +30,7 @@
 class BxStreamReadBinary;
 class BxStreamWriteBinary;
 
+/// A reference-counted, serializable tagged value: BxVariant with a binary form and a place in the type registry.
 class VOBASE_API VoVariant : public BxVariant, public IReferenceCounted, public ISerializable
 {
 public:

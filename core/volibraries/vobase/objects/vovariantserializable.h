@@ -21,6 +21,7 @@
 
 #include <string>
 
+/// A tagged value with a persistence form (the JSON side of the framework).
 class VOBASE_API VoVariantSerializable : public BxVariant, public Persistence::ISerializable
 {
 public:

@@ -16,6 +16,7 @@
 #include <cstdio>
 #include <string>
 
+/// File-system helpers: environment references in paths, the user's special directories and path splitting.
 class VOBASE_API VoFileSystem
 {
 public:

@@ -14,6 +14,8 @@
 
 #include <cstdint>
 
+/// Abstract mapping between floats and unsigned integer codes of a fixed width, used by the compressed floating-
+/// point streams.
 class VOBASE_API VoFloatingPointQuantization
 {
 public:

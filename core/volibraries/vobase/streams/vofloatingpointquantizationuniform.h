@@ -16,6 +16,7 @@
 
 #include <cstdint>
 
+/// Uniform quantization: a float x gets the code round(x * scale) - round(minimum * scale), clamped to 0 ..
 class VOBASE_API VoFloatingPointQuantizationUniform : public VoFloatingPointQuantization
 {
 public:

@@ -18,6 +18,7 @@
 
 #include <cstdint>
 
+/// Uniform quantization with one code reserved for an "invalid" marker value (a missing sample, a masked pixel).
 class VOBASE_API VoFloatingPointQuantizationUniformWithInvalid : public VoFloatingPointQuantizationUniform
 {
 public:

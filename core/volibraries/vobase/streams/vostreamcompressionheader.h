@@ -18,6 +18,7 @@
 #include <cstddef>
 #include <cstdint>
 
+/// The 28-byte header at the start of a compressed archive.
 class VOBASE_API VoStreamCompressionHeader
 {
 public:

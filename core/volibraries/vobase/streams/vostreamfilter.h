@@ -14,6 +14,8 @@
 
 #include <memory>
 
+/// Base of every transforming stream (ZIP, predictive coder, floating-point quantizer): a stream of type TOut
+/// that reads from or writes to an inner stream of type TIn.
 template <class TOut, class TIn>
 class VoStreamFilter : public TOut
 {

@@ -15,6 +15,7 @@
 
 #include <bxbase/bxtypes.h>
 
+/// ANSI text file read through the token reader (see VoStreamReadASCIIT).
 class VOBASE_API VoStreamReadASCIIFile : public VoStreamReadASCIIT<CStringT<char>>
 {
 public:

@@ -14,6 +14,7 @@
 #include <cstddef>
 #include <string>
 
+/// Token reader over a string (see VoStreamReadASCIIT for the rules).
 template <class TString>
 class VOBASE_API VoStreamReadASCIIStringT : public VoStreamReadASCIIT<TString>
 {

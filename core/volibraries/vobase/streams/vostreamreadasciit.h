@@ -32,6 +32,7 @@
 #include <cstdint>
 #include <string>
 
+/// Token reader for text: words, numbers, booleans and whole lines.
 template <class TString>
 class VOBASE_API VoStreamReadASCIIT : public BxStreamRead
 {

@@ -28,6 +28,7 @@
 
 class VoStreamReadBinaryFileRaw;
 
+/// Binary input file that recognises the compressed-archive header.
 class VOBASE_API VoStreamReadBinaryFile : public BxStreamReadBinary
 {
 public:

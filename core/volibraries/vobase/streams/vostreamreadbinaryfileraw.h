@@ -21,6 +21,7 @@
 #include <memory>
 #include <string>
 
+/// Binary input straight from a file, without header detection.
 class VOBASE_API VoStreamReadBinaryFileRaw : public BxStreamReadBinary
 {
 public:

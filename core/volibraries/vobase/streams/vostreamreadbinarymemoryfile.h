@@ -25,6 +25,7 @@
 
 class VoStreamReadCompressedZIP;
 
+/// Binary input over a block of memory that may hold a compressed archive.
 class VOBASE_API VoStreamReadBinaryMemoryFile : public BxStreamReadBinary
 {
 public:

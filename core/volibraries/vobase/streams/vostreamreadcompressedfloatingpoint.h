@@ -17,6 +17,7 @@
 #include <vobase/streams/vostreamreadpredictivecoder.h>
 #include <vobase/vobaseapi.h>
 
+/// Compressed floating-point reader: the read stream that reverses VoStreamWriteCompressedFloatingPoint.
 class VOBASE_API VoStreamReadCompressedFloatingPoint : public VoStreamReadPredictiveCoder
 {
 public:

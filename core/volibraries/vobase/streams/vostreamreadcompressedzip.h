@@ -27,6 +27,8 @@
 
 struct z_stream_s;
 
+/// Input filter that inflates a zlib stream (RFC 1950) read from an inner stream, the payload of compressed
+/// archives.
 class VOBASE_API VoStreamReadCompressedZIP : public VoStreamFilter<BxStreamReadBinary, BxStreamReadBinary>
 {
 public:

@@ -24,6 +24,7 @@
 #include <cstdint>
 #include <memory>
 
+/// Predictive decoder: the read stream that reverses VoStreamWritePredictiveCoder.
 class VOBASE_API VoStreamReadPredictiveCoder : public VoStreamFilter<BxStreamReadBinary, BxStreamReadBinary>
 {
 public:

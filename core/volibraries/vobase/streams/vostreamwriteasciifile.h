@@ -19,6 +19,8 @@
 
 #include <locale.h>
 
+/// ANSI (Windows-1252) text file, optionally ZIP-compressed behind the archive header, written through the
+/// framework's text operators.
 class VOBASE_API VoStreamWriteASCIIFile : public BxStreamWriteASCIIT<CStringT<char>>
 {
 public:

@@ -34,6 +34,8 @@
 
 class VoStreamWriteCompressedZIP;
 
+/// Binary output file, optionally ZIP-compressed behind the 28-byte archive header (see
+/// VoStreamCompressionHeader).
 class VOBASE_API VoStreamWriteBinaryFile : public BxStreamWriteBinary
 {
 public:

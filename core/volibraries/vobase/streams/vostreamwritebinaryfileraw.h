@@ -23,6 +23,7 @@
 #include <cstdio>
 #include <string>
 
+/// Binary output straight into a file, without any header: the bytes written are the file's bytes.
 class VOBASE_API VoStreamWriteBinaryFileRaw : public BxStreamWriteBinary
 {
 public:

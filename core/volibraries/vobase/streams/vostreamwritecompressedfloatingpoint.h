@@ -33,6 +33,8 @@
 #include <vobase/streams/vostreamwritepredictivecoder.h>
 #include <vobase/vobaseapi.h>
 
+/// Compressed floating-point stream: quantizes each float to an integer code and codes that code with the
+/// predictive coder, against the code of a prediction the caller supplies.
 class VOBASE_API VoStreamWriteCompressedFloatingPoint : public VoStreamWritePredictiveCoder
 {
 public:

@@ -25,6 +25,8 @@
 
 struct z_stream_s;
 
+/// Output filter that deflates everything written to it into an inner stream as one standard zlib stream (RFC
+/// 1950), the payload of compressed archives.
 class VOBASE_API VoStreamWriteCompressedZIP : public VoStreamFilter<BxStreamWriteBinary, BxStreamWriteBinary>
 {
 public:

@@ -40,6 +40,8 @@
 #include <cstdint>
 #include <memory>
 
+/// Predictive coder: a write stream that codes unsigned integers as their difference from a prediction the caller
+/// supplies (the previous sample, a neighbour, a linear extrapolation).
 class VOBASE_API VoStreamWritePredictiveCoder : public VoStreamFilter<BxStreamWriteBinary, BxStreamWriteBinary>
 {
 public:

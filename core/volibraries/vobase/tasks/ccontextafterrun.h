@@ -14,6 +14,8 @@
 
 namespace TaskManager {
 
+/// The timing context passed at the end of every processing-task run: the work-item name the task started from
+/// and the run's elapsed time in microseconds.
 class VOBASE_API CContextAfterRun : public IContext
 {
 public:

@@ -7,6 +7,7 @@
 
 namespace TaskManager {
 
+/// The context of the reset hook (Reset and the destructor): only the manager.
 class VOBASE_API CContextReset : public IContext
 {
 public:

@@ -10,6 +10,7 @@
 
 namespace TaskManager {
 
+/// The context of the Start hook: the name and the requested priority.
 class VOBASE_API CContextStart : public IContext
 {
 public:

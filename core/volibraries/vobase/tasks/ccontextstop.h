@@ -9,6 +9,7 @@
 
 namespace TaskManager {
 
+/// The context of the Stop hook: the name.
 class VOBASE_API CContextStop : public IContext
 {
 public:

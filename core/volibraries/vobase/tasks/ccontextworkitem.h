@@ -9,6 +9,7 @@
 
 namespace TaskManager {
 
+/// The context of the Add hook: the work item's name and a flag (1).
 class VOBASE_API CContextWorkItem : public IContext
 {
 public:

@@ -12,6 +12,7 @@
 
 namespace TaskManager {
 
+/// The context of the dependency hooks: a flag (0 from AddDependency, 1 from RemoveDependency) and both names.
 class VOBASE_API CContextWorkItemChangeDependency : public IContext
 {
 public:

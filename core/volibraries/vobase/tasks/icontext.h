@@ -13,6 +13,7 @@ class VoTaskManager;
 
 namespace TaskManager {
 
+/// Base of the context objects that a task manager hands to its interceptors.
 class VOBASE_API IContext : public Interceptor::IContext
 {
 public:

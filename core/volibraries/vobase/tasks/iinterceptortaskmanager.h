@@ -21,6 +21,7 @@
 
 namespace TaskManager {
 
+/// The hooks through which outside code follows a task manager.
 class VOBASE_API IInterceptorTaskManager
 {
 public:

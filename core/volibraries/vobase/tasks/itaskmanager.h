@@ -19,6 +19,8 @@
 
 class IWorkItem;
 
+/// The interface of the task graph manager: named work items joined by dependencies, started, stopped and waited
+/// for by name.
 class VOBASE_API ITaskManager
 {
 public:

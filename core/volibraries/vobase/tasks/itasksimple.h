@@ -17,6 +17,8 @@
 #include <bxbase/inoncopyable.h>
 #include <bxbase/ireferencecounted.h>
 
+/// The unit of work of the simple work queues (VoTaskManagerPooling, VoTaskManagerSequential): reference counted,
+/// not copyable, one run operation whose result is ignored.
 class VOBASE_API ITaskSimple : public IReferenceCounted, private INonCopyable
 {
 public:

@@ -25,6 +25,7 @@
 
 class VoGraphNode;
 
+/// A unit of work of the task graph manager (VoTaskManager).
 class VOBASE_API IWorkItem : public IReferenceCounted
 {
 public:

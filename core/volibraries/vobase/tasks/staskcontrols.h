@@ -16,6 +16,8 @@ namespace TaskManager {
 
 class VoTaskGraphProcessing;
 
+/// What the task graph manager keeps per task ID: the root processing task, whether a run is scheduled, and the
+/// event the root task sets once it has waited out its predecessor and begun its walk.
 struct STaskControls
 {
     /// The root processing task (may be empty).

@@ -21,6 +21,8 @@
 
 namespace TaskManager {
 
+/// The per-node status the task graph manager keeps for every work item: the break event (a stop request), the
+/// terminated event (the item is not running), the running flag and the computation state.
 struct SWorkItemStatus
 {
     SWorkItemStatus() = default;

@@ -18,6 +18,7 @@
 
 class VoAlgorithm;
 
+/// A pool task that computes an algorithm.
 class VOBASE_API VoTaskAlgorithm : public BxTask
 {
 public:

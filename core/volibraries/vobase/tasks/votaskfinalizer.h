@@ -28,6 +28,9 @@
 #include <functional>
 #include <memory>
 
+/// Runs one piece of work on the shared thread pool and then calls a completion function back on the thread that
+/// created the finalizer, by way of the message dispatcher: the pool task posts a VoMessageTaskDone to the
+/// finalizer's own message handler, which lives on the creating thread.
 class VOBASE_API VoTaskFinalizer : private INonCopyable
 {
 public:

@@ -14,6 +14,8 @@
 
 class VoTaskFinalizer;
 
+/// The pool task of a VoTaskFinalizer that wraps a function: calls it, then posts
+/// VoTaskFinalizer::VoMessageTaskDone to the finalizer's handler.
 class VOBASE_API VoTaskFinalizerTaskLF : public BxTask
 {
 public:

@@ -13,6 +13,8 @@
 
 class VoTaskFinalizer;
 
+/// The pool task of a VoTaskFinalizer that wraps a BxTask: runs it, then posts VoTaskFinalizer::VoMessageTaskDone
+/// to the finalizer's handler.
 class VOBASE_API VoTaskFinalizerTaskT : public BxTask
 {
 public:

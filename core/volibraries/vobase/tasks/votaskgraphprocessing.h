@@ -35,6 +35,8 @@ class VoTaskManager;
 
 namespace TaskManager {
 
+/// The pool task that walks a task manager's graph: it runs the work item of its start node and then, node by
+/// node, the items that depend on it.
 class VOBASE_API VoTaskGraphProcessing : public BxTask
 {
 public:

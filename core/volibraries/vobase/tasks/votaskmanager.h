@@ -17,6 +17,7 @@
 //   manager.Start("load", ITaskManager::eP_Normal);
 //   manager.WaitUntilTerminate("merge");
 //   manager.GetStatus("merge");                   // ITaskManager::eCS_Computed
+//   manager.Add("report", [&] { print(); });      // a callable is a work item too
 //
 // Every connected component of the graph has at most one task at a time; a
 // task has an ID (0, 1, 2, ..., wrapping to 0 after 2147483647). Starting an
@@ -37,6 +38,7 @@
 #include <vobase/tasks/itaskmanager.h>
 #include <vobase/tasks/iworkitem.h>
 #include <vobase/tasks/sworkitemstatus.h>
+#include <vobase/tasks/voworkitemt.h>
 #include <vobase/vobaseapi.h>
 
 #include <bxbase/bxsmartpointer.h>
@@ -51,6 +53,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 class VoGraphNode;
@@ -59,6 +62,8 @@ namespace TaskManager {
 class VoTaskGraphProcessing;
 }
 
+/// The task graph manager: named work items (IWorkItem) joined by dependencies into a directed graph and run on
+/// the shared thread pool.
 class VOBASE_API VoTaskManager
     : public ITaskManager,
       public Interceptor::CFramework<TaskManager::IInterceptorTaskManager,
@@ -71,6 +76,14 @@ public:
     ~VoTaskManager() override;
 
     void Add(const char* name, BxSmartPointer<IWorkItem> item) override;
+    /// Adds a work item made from a callable, `void()` or
+    /// `void(TaskManager::SWorkItemStatus&)` (see VoWorkItemT):
+    /// `manager.Add("load", [&] { load(); });`
+    template <VoWorkItemCallable F>
+    void Add(const char* name, F&& work)
+    {
+        Add(name, VoMakeWorkItem(std::forward<F>(work)));
+    }
     void Remove(const char* name) override;
     bool Exists(const char* name) const override;
     void AddDependency(const char* from, const char* to) override;

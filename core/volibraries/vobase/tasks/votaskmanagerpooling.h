@@ -29,6 +29,7 @@
 
 class VoThreadPoolingWorker;
 
+/// A keyed, coalescing work queue with one worker thread at a time.
 class VOBASE_API VoTaskManagerPooling : public BxReferenceCountedObject, private INonCopyable
 {
 public:

@@ -23,6 +23,8 @@
 
 class VoThreadSequentialWorker;
 
+/// A first-in-first-out queue of ready-made tasks, run one after another by a single worker thread that exists
+/// only while the queue has work.
 class VOBASE_API VoTaskManagerSequential : public BxReferenceCountedObject, private INonCopyable
 {
 public:

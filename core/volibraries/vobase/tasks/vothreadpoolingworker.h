@@ -17,6 +17,8 @@
 #include <bxbase/threading/bxthread.h>
 #include <bxbase/threading/bxthreadapi.h>
 
+/// The worker thread of a VoTaskManagerPooling: takes tasks from its queue until none is left and runs them,
+/// swallowing their exceptions.
 class VOBASE_API VoThreadPoolingWorker : public BxThread<VoThreadPoolingWorker, BxThreadPolicyMFC>
 {
 public:

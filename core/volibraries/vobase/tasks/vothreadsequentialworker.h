@@ -18,6 +18,8 @@
 #include <bxbase/threading/bxthread.h>
 #include <bxbase/threading/bxthreadapi.h>
 
+/// The worker thread of a VoTaskManagerSequential: takes tasks from its queue until none is left and runs them
+/// one by one in posting order, swallowing their exceptions.
 class VOBASE_API VoThreadSequentialWorker : public BxThread<VoThreadSequentialWorker, BxThreadPolicyMFC>
 {
 public:

@@ -9,6 +9,7 @@
 
 namespace Workflow {
 
+/// The context of the start hook: the start state and whether the workflow started sleeping.
 class VOBASE_API CContextStart : public IContext
 {
 public:

@@ -10,6 +10,8 @@
 
 namespace Workflow {
 
+/// The context of the state-change hook: the state left (null at start) and the state entered (null when the
+/// workflow stops or a transfer function takes over).
 class VOBASE_API CContextStateChange : public IContext
 {
 public:

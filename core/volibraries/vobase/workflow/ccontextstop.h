@@ -9,6 +9,8 @@
 
 namespace Workflow {
 
+/// The context of the stop hook: the state the workflow stopped in (null when it stopped after a transfer
+/// function).
 class VOBASE_API CContextStop : public IContext
 {
 public:

@@ -12,6 +12,8 @@
 
 namespace Workflow {
 
+/// The context of the transfer-function start and end hooks: the transfer function with its source and target
+/// states.
 class VOBASE_API CContextTransferFunction : public IContext
 {
 public:

@@ -12,6 +12,8 @@ class VoWorkflowManager;
 
 namespace Workflow {
 
+/// Base of the context objects that a workflow manager hands to its interceptors
+/// (Workflow::IInterceptorWorkflowManager).
 class VOBASE_API IContext : public Interceptor::IContext
 {
 public:

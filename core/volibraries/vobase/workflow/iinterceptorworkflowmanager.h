@@ -17,6 +17,7 @@
 
 namespace Workflow {
 
+/// The hooks through which outside code follows a workflow manager.
 class VOBASE_API IInterceptorWorkflowManager
 {
 public:

@@ -9,6 +9,7 @@
 
 #include <vobase/messaging/vomessage.h>
 
+/// The control message of a workflow manager: start, stop, sleep, continue, break, re-evaluate or dump.
 class VOBASE_API VoMessageWorkflow : public VoMessage
 {
     BX_DECLARE_RTTI();

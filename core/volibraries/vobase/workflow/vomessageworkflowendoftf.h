@@ -16,6 +16,8 @@ class VoWorkflowManager;
 class VoTaskTransferFunctionAutomatic;
 class VoTaskEndOfTransferFunctionInteractive;
 
+/// The end of a transfer function, reported to its workflow manager by the work items that run transfer functions
+/// off the manager's thread.
 class VOBASE_API VoMessageWorkflowEndOfTF : public VoMessage
 {
     BX_DECLARE_RTTI();

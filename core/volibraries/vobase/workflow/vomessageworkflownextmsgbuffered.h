@@ -7,6 +7,7 @@
 
 #include <vobase/messaging/vomessage.h>
 
+/// Tells a workflow manager to take the next message from its buffer.
 class VOBASE_API VoMessageWorkflowNextMsgBuffered : public VoMessage
 {
     BX_DECLARE_RTTI();

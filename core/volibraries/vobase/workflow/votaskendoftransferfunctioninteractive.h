@@ -15,6 +15,8 @@
 
 #include <bxbase/logging/ilogger.h>
 
+/// The work item that runs the exit of an interactive transfer function and reports it to the workflow manager
+/// with a VoMessageWorkflowEndOfTF (eM_EndOfITFExit) posted through the dispatcher.
 class VOBASE_API VoTaskEndOfTransferFunctionInteractive : public IWorkItem
 {
 public:

@@ -17,6 +17,8 @@
 
 #include <bxbase/logging/ilogger.h>
 
+/// The work item that runs an automatic transfer function and reports its end to the workflow manager with a
+/// VoMessageWorkflowEndOfTF (eM_EndOfATF) posted through the dispatcher.
 class VOBASE_API VoTaskTransferFunctionAutomatic : public IWorkItem
 {
 public:

@@ -20,6 +20,7 @@
 #include <bxbase/bxtypes.h>
 #include <bxbase/ireferencecounted.h>
 
+/// A transfer function moves a workflow from one state to another.
 class VOBASE_API VoTransferFunction : public IReferenceCounted
 {
 public:

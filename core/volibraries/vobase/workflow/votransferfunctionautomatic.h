@@ -27,6 +27,9 @@
 
 #include <bxbase/threading/bxevent.h>
 
+/// A transfer function that runs without user interaction: the workflow manager hands it the triggering message
+/// (SetMessage) and runs it as a work item (VoTaskTransferFunctionAutomatic), on its own thread when blocking,
+/// else on the shared thread pool.
 class VOBASE_API VoTransferFunctionAutomatic : public VoTransferFunction
 {
 public:

@@ -22,6 +22,9 @@
 
 #include <atomic>
 
+/// A transfer function that lives while the user works: the workflow manager calls onInit when an action message
+/// starts it, the application ends it (VoWorkflowManager::PostEndOfInteractiveTransferFunction), and the manager
+/// then calls onExit, on its own thread when the exit is blocking, else on the shared thread pool.
 class VOBASE_API VoTransferFunctionInteractive : public VoTransferFunction
 {
 public:

@@ -106,6 +106,8 @@
 #include <map>
 #include <vector>
 
+/// The workflow manager runs one workflow: a state machine whose states hold by their conditions and whose
+/// transfer functions, triggered by action messages, move it from state to state.
 class VOBASE_API VoWorkflowManager : public VoMessageHandler,
                                      public INonCopyable,
                                      public BxIDumpable<1>,
@@ -123,10 +125,10 @@ public:
     /// messages of messageClass that equal its init message.
     struct STransferFunction
     {
-        BxSmartPointer<VoWorkflowState> source;
-        BxSmartPointer<VoWorkflowState> target;
-        const BxRTTI* messageClass = nullptr;
-        BxSmartPointer<VoTransferFunction> transferFunction;
+        BxSmartPointer<VoWorkflowState> source;            ///< the state it leaves
+        BxSmartPointer<VoWorkflowState> target;            ///< the state it enters
+        const BxRTTI* messageClass = nullptr;              ///< the class of the messages that trigger it
+        BxSmartPointer<VoTransferFunction> transferFunction; ///< automatic or interactive
     };
 
     /// A manager named `name` (also its handler name, unique at the dispatcher).
@@ -143,6 +145,7 @@ public:
     /// Registers a transfer function from source to target, triggered by the class of its init message.
     void RegisterTransferFunction(BxSmartPointer<VoWorkflowState> source, BxSmartPointer<VoWorkflowState> target,
                                   BxSmartPointer<VoTransferFunctionAutomatic> transferFunction);
+    /// The same for an interactive transfer function.
     void RegisterTransferFunction(BxSmartPointer<VoWorkflowState> source, BxSmartPointer<VoWorkflowState> target,
                                   BxSmartPointer<VoTransferFunctionInteractive> transferFunction);
     /// The same with an explicit message class (the transfer function must be automatic or interactive).
@@ -161,9 +164,11 @@ public:
     bool Unregister(const BxSmartPointer<VoWorkflowState>& state);
 
     // ---- queries
+    /// The current state; null while a transfer function runs or before the start.
     BxSmartPointer<VoWorkflowState> GetCurrentState() const;
     /// The state most recently left or entered.
     BxSmartPointer<VoWorkflowState> GetExtendedState() const;
+    /// The running transfer function, or null.
     BxSmartPointer<VoTransferFunction> GetCurrentTransferFunction() const;
     /// The action message that started the running transfer function (a clone; null when none).
     BxSmartPointer<const VoMessageWorkflowAction> GetCurrentMessage() const;
@@ -178,15 +183,19 @@ public:
     /// The value of `condition` at the latest evaluation, eTS_NotEvaluated before.
     VoWorkflowStateCondition::ETriState GetWorkflowStateCondition(
         const BxSmartPointer<const VoWorkflowStateCondition>& condition) const;
+    /// The registered states in registration order.
     std::vector<BxSmartPointer<VoWorkflowState>> GetWorkflowStates() const;
     /// Set while the workflow rests in a state, reset while a transfer function runs.
     BxEvent GetStateEvent() const { return m_stateEvent; }
+    /// True between the start and the stop of the workflow.
     bool IsStarted() const;
+    /// True while the workflow sleeps.
     bool IsSleeping() const;
     /// The number of buffered action messages.
     std::size_t GetBufferedCount() const;
     /// True when the last end of a transfer function was an interactive end (eM_EndOfITF).
     bool IsLastEndInteractive() const;
+    /// The construction flags.
     EWorkflowManagerFlags GetFlags() const noexcept { return m_flags; }
 
     /// Hands the manager a logger (null: nothing is logged).
@@ -221,19 +230,32 @@ public:
 
 protected:
     // ---- hooks (empty), called through one wrapper: an exception goes to onError and fails the step
+    /// The workflow starts (asleep when `sleeping`).
     virtual void onStart(bool /*sleeping*/) {}
+    /// The workflow stops.
     virtual void onStop() {}
+    /// The workflow goes to sleep.
     virtual void onSleep() {}
+    /// The workflow wakes up.
     virtual void onContinue() {}
+    /// The running transfer function is asked to break.
     virtual void onBreak() {}
+    /// The workflow leaves `state` for a transfer function.
     virtual void onLeaveState(const VoWorkflowState& /*state*/) {}
+    /// A transfer function is about to start.
     virtual void onStartTransferFunction(const STransferFunction& /*transferFunction*/) {}
+    /// The error handler of `state` (null: the one for all states) is about to run.
     virtual void onRunErrorHandler(const VoWorkflowState* /*state*/) {}
     // ---- notifications (empty)
+    /// A state was registered.
     virtual void onRegisterWorkflowState(const VoWorkflowState& /*state*/) {}
+    /// A transfer function was registered.
     virtual void onRegisterTransferFunction(const STransferFunction& /*transferFunction*/) {}
+    /// A transfer function was unregistered.
     virtual void onUnregisterTransferFunction(const STransferFunction& /*transferFunction*/) {}
+    /// The current state changed (GetCurrentState).
     virtual void onCurrentWFSChanged() {}
+    /// The extended state changed (GetExtendedState).
     virtual void onExtendedWFSChanged() {}
     /// The error hook: the exception, or null for a foreign one. Empty.
     virtual void onError(const BxException* /*exception*/) {}
@@ -272,7 +294,9 @@ protected:
     void unregisterMessagesWorkflowAction();
     void registerMessages(const VoWorkflowState& state);
     void unregisterMessages(const VoWorkflowState& state);
+    /// Sets the state event (the workflow rests in a state).
     void setStateEvent() { m_stateEvent.Set(); }
+    /// Resets the state event (a transfer function runs).
     void resetStateEvent() { m_stateEvent.Reset(); }
 
     /// Routes a delivered message to the matching HandleMessage overload.

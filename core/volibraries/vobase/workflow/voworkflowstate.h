@@ -36,6 +36,8 @@
 
 #include <map>
 
+/// A state of a workflow: it holds when each of its conditions evaluates to the value it asks for (a state
+/// without conditions always holds).
 class VOBASE_API VoWorkflowState : public IReferenceCounted, public IObject
 {
     BX_DECLARE_RTTI();

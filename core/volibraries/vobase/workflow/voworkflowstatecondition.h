@@ -21,6 +21,8 @@
 #include <atomic>
 #include <cstdint>
 
+/// A condition of workflow states: a state holds when each of its conditions evaluates to the value the state
+/// asks for (VoWorkflowState::AddCondition).
 class VOBASE_API VoWorkflowStateCondition : public IReferenceCounted, public BxIDumpable<1>
 {
 public:
