@@ -185,9 +185,11 @@ const VoNode* VoDataManager::findBlocker(const VoNode& node, bool write) noexcep
     if (node.totalWrite() > 0 || (write && node.totalRead() > 0))
         return &node;
     node.prefetchChildren(false);
-    for (const BxSmartPointer<VoNode>& child : node.m_children)
-        if (const VoNode* blocker = findBlocker(*child, write))
+    for (std::size_t i = 0; i < node.m_children.size(); ++i) {
+        node.prefetchNextChildList(i);
+        if (const VoNode* blocker = findBlocker(*node.m_children[i], write))
             return blocker;
+    }
     return nullptr;
 }
 

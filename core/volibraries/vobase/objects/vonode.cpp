@@ -47,6 +47,7 @@ VoNode::~VoNode()
         }
     }
     m_children.clear();
+    updateChildListHint();
     m_childIndex.reset();
 }
 
@@ -127,6 +128,7 @@ void VoNode::addChild(BxSmartPointer<VoNode>& child)
     if (m_children.capacity() == m_children.size())
         m_children.reserve(m_children.size() + std::max(c_childBlock, m_children.size() / 2));
     m_children.push_back(child);
+    updateChildListHint();
     if (m_childIndex)
         m_childIndex->emplace(child->GetName(), child.get());
     else if (m_children.size() >= c_childIndexThreshold) {
@@ -147,6 +149,7 @@ void VoNode::unlink(bool withChildren, bool clearDataManager)
             BxCriticalSectionLocker lock(parent->m_lock);
             auto& siblings = parent->m_children;
             siblings.erase(std::remove(siblings.begin(), siblings.end(), self), siblings.end());
+            parent->updateChildListHint();
             if (parent->m_childIndex) {
                 const auto entry = parent->m_childIndex->find(GetName());
                 if (entry != parent->m_childIndex->end() && entry->second == this)
@@ -170,6 +173,7 @@ void VoNode::unlinkChildren()
     // This node's lock guards every child's parent link.
     Children children;
     children.swap(m_children);
+    updateChildListHint();
     m_childIndex.reset();
     for (BxSmartPointer<VoNode>& child : children) {
         if (child->m_parent.get() == this) {
@@ -270,8 +274,10 @@ void VoNode::incrementReadCounter(unsigned int threadId)
 {
     BxCriticalSectionLocker lock(m_lock);
     prefetchChildren(true);
-    for (const BxSmartPointer<VoNode>& child : m_children)
-        child->incrementReadCounter(threadId);
+    for (std::size_t i = 0; i < m_children.size(); ++i) {
+        prefetchNextChildList(i);
+        m_children[i]->incrementReadCounter(threadId);
+    }
     ++m_threadManager.Get(threadId).readCount;
     if (addTo(m_totalRead, 1) == 1 && totalWrite() == 0)
         signalUnlocked(false);
@@ -281,8 +287,10 @@ void VoNode::incrementWriteCounter(unsigned int threadId)
 {
     BxCriticalSectionLocker lock(m_lock);
     prefetchChildren(true);
-    for (const BxSmartPointer<VoNode>& child : m_children)
-        child->incrementWriteCounter(threadId);
+    for (std::size_t i = 0; i < m_children.size(); ++i) {
+        prefetchNextChildList(i);
+        m_children[i]->incrementWriteCounter(threadId);
+    }
     ++m_threadManager.Get(threadId).writeCount;
     if (addTo(m_totalWrite, 1) == 1)
         signalUnlocked(false);
@@ -297,8 +305,10 @@ void VoNode::decrementReadCounter(unsigned int threadId)
     if (!entry || entry->readCount == 0)
         return;
     prefetchChildren(true);
-    for (const BxSmartPointer<VoNode>& child : m_children)
-        child->decrementReadCounter(threadId);
+    for (std::size_t i = 0; i < m_children.size(); ++i) {
+        prefetchNextChildList(i);
+        m_children[i]->decrementReadCounter(threadId);
+    }
     --entry->readCount;
     m_threadManager.Trim(threadId, *entry);
     if (addTo(m_totalRead, -1) == 0)
@@ -312,8 +322,10 @@ void VoNode::decrementWriteCounter(unsigned int threadId)
     if (!entry || entry->writeCount == 0)
         return;
     prefetchChildren(true);
-    for (const BxSmartPointer<VoNode>& child : m_children)
-        child->decrementWriteCounter(threadId);
+    for (std::size_t i = 0; i < m_children.size(); ++i) {
+        prefetchNextChildList(i);
+        m_children[i]->decrementWriteCounter(threadId);
+    }
     --entry->writeCount;
     m_threadManager.Trim(threadId, *entry);
     if (addTo(m_totalWrite, -1) == 0)

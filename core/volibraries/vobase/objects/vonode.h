@@ -225,6 +225,22 @@ private:
                 __builtin_prefetch(&child->m_threadManager, 1);
         }
     }
+    /// Called before child `index` is visited: fetches the next child's
+    /// children list meanwhile (through its hint, which needs no lock).
+    void prefetchNextChildList(std::size_t index) const noexcept
+    {
+        if (index + 1 < m_children.size())
+            if (const char* list = m_children[index + 1]->m_childListHint.load(std::memory_order_relaxed)) {
+                __builtin_prefetch(list);
+                __builtin_prefetch(list + 64);
+            }
+    }
+    /// Records where the children list now lies (node lock held).
+    void updateChildListHint() noexcept
+    {
+        m_childListHint.store(m_children.empty() ? nullptr : reinterpret_cast<const char*>(m_children.data()),
+                              std::memory_order_relaxed);
+    }
     /// Records the unlocked event's new state, and sets or resets the event
     /// when it exists (node lock held).
     void signalUnlocked(bool unlocked)
@@ -270,6 +286,9 @@ private:
     Children m_children;
     /// The unlocked event, made by getUnlockedEvent; null until then. Guarded by m_lock.
     std::unique_ptr<BxEvent> m_unlockedEvent;
+    /// Where m_children keeps its elements (null while empty): written under
+    /// m_lock, read by the parent's passes only to prefetch, never to follow.
+    std::atomic<const char*> m_childListHint{nullptr};
     /// The unlocked event's state (set while not locked), kept whether or not
     /// the event exists. Guarded by m_lock.
     bool m_unlocked = true;
