@@ -77,6 +77,7 @@
 #include <vobase/objects/vodatanodeuint8.h>
 #include <vobase/objects/vodatanodeulong.h>
 #include <vobase/objects/vonode.h>
+#include <vobase/objects/vonodethreadcounts.h>
 #include <vobase/objects/voparametermaps.h>
 #include <vobase/objects/voparametermapst.h>
 #include <vobase/objects/voparameterset.h>

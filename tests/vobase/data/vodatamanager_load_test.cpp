@@ -1,7 +1,11 @@
 // Deadlock freedom and reader/writer exclusion of the data manager under load:
 // several threads take random sets of read and write handles over one tree,
 // with short time-outs, and check every grant against their own per-node
-// holder counts.
+// holder counts. With more threads than a node keeps inline, the per-thread
+// counts spill into their overflow maps and back while the load runs; 64
+// readers holding one node at once fill the map and empty it again.
+#include "../objects/vonodetestaccess.h"
+
 #include <vobase/data/vodatahandlelockonly.h>
 #include <vobase/data/vodatamanager.h>
 #include <vobase/objects/vonode.h>
@@ -15,6 +19,7 @@
 #include <atomic>
 #include <cstdlib>
 #include <iostream>
+#include <latch>
 #include <memory>
 #include <random>
 #include <string>
@@ -29,6 +34,8 @@ constexpr int c_rounds = 3000;  // sanitizers slow every lock down ten times and
 constexpr int c_rounds = 10000;
 #endif
 constexpr int c_threads = 4;
+/// More threads than the inline entries of a node's thread counts.
+constexpr int c_manyThreads = 2 * static_cast<int>(VoNodeThreadCounts::c_inlineEntries);
 constexpr int c_nodes = 200;
 constexpr DWORD c_watchdogMs = 10 * 60 * 1000;
 
@@ -126,7 +133,7 @@ struct SThreadResult
     bool lockingAtEnd = true;
 };
 
-void runLoad(CLoadTree& tree, CHolders& holders, unsigned seed, SThreadResult& result)
+void runLoad(CLoadTree& tree, CHolders& holders, unsigned seed, int rounds, SThreadResult& result)
 {
     std::mt19937 random(seed);
     auto chance = [&](int percent) { return std::uniform_int_distribution<int>(0, 99)(random) < percent; };
@@ -135,7 +142,7 @@ void runLoad(CLoadTree& tree, CHolders& holders, unsigned seed, SThreadResult& r
     std::vector<SRequest> requests;
     std::vector<std::unique_ptr<VoDataHandleBase>> handles;
 
-    for (int round = 0; round < c_rounds; ++round) {
+    for (int round = 0; round < rounds; ++round) {
         requests.clear();
         const int count = 1 + any(3);
         for (int k = 0; k < count; ++k)
@@ -176,19 +183,19 @@ void runLoad(CLoadTree& tree, CHolders& holders, unsigned seed, SThreadResult& r
     result.lockingAtEnd = tree.manager.IsCurrentThreadLocking();
 }
 
-}  // namespace
-
-TEST(VoDataManagerLoad, RandomHandleSetsNeverDeadlockAndRespectExclusion)
+/// Runs `threads` threads of `rounds` random lock sets each over one tree and
+/// checks exclusion, progress and that no lock is left behind.
+void checkLoad(int threads, int rounds)
 {
     CLoadTree tree;
     CHolders holders;
-    std::array<SThreadResult, c_threads> results{};
-    std::atomic<int> running{c_threads};
+    std::vector<SThreadResult> results(threads);
+    std::atomic<int> running{threads};
     BxEvent allDone;
-    std::vector<std::thread> threads;
-    for (int t = 0; t < c_threads; ++t)
-        threads.emplace_back([&, t] {
-            runLoad(tree, holders, 1000u + unsigned(t), results[t]);
+    std::vector<std::thread> workers;
+    for (int t = 0; t < threads; ++t)
+        workers.emplace_back([&, t] {
+            runLoad(tree, holders, 1000u + unsigned(t), rounds, results[t]);
             if (--running == 0)
                 allDone.Set();
         });
@@ -198,22 +205,102 @@ TEST(VoDataManagerLoad, RandomHandleSetsNeverDeadlockAndRespectExclusion)
         std::wcerr << L"load test hangs; current state:" << text.GetString() << std::endl;
         std::abort();
     }
-    for (std::thread& thread : threads)
-        thread.join();
+    for (std::thread& worker : workers)
+        worker.join();
 
     EXPECT_EQ(holders.violations.load(), 0);
     int refused = 0;
     for (const SThreadResult& result : results) {
         refused += result.refused;
-        EXPECT_EQ(result.granted + result.refused, c_rounds);
-        EXPECT_GT(result.granted, c_rounds / 4);
+        EXPECT_EQ(result.granted + result.refused, rounds);
+        EXPECT_GT(result.granted, rounds / 4);
         EXPECT_FALSE(result.lockingAtEnd);
     }
-    RecordProperty("refused", refused);
+    ::testing::Test::RecordProperty("refused", refused);
     BxStreamWriteASCIIStringT<CStringW> text;
     tree.manager.dump(text);
     const std::wstring dump = text.GetString();
     const std::wstring header = L"Current data locks:\n";
     const std::size_t locks = dump.find(header) + header.size();
     EXPECT_EQ(dump.substr(locks, 68), std::wstring(68, L'-')) << "locks left behind";
+    for (const BxSmartPointer<VoNode>& node : tree.nodes)
+        EXPECT_FALSE(VoNodeTestAccess::HasOverflow(node)) << "an overflow map outlived its entries";
+}
+
+}  // namespace
+
+TEST(VoDataManagerLoad, RandomHandleSetsNeverDeadlockAndRespectExclusion)
+{
+    checkLoad(c_threads, c_rounds);
+}
+
+TEST(VoDataManagerLoad, MoreThreadsThanInlineCountsKeepExclusion)
+{
+    checkLoad(c_manyThreads, c_rounds / 4);
+}
+
+TEST(VoDataManagerLoad, SixtyFourReadersHoldOneNodeAtOnce)
+{
+    constexpr int readers = 64;
+    VoDataManager manager;
+    const BxSmartPointer<VoNode> shared(new VoNode(L"shared", true, VoNode::eTMM_Track));
+    const BxSmartPointer<VoNode> leaf(new VoNode(L"leaf", true, VoNode::eTMM_Track));
+    ASSERT_TRUE(manager.InsertNode(manager.GetRootNode(), shared));
+    ASSERT_TRUE(manager.InsertNode(shared, leaf));
+
+    std::latch holding(readers + 1), release(1), released(readers + 1);
+    std::atomic<int> refused{0};
+    std::vector<std::thread> threads;
+    for (int k = 0; k < readers; ++k)
+        threads.emplace_back([&] {
+            {
+                VoDataHandleLockOnly<0> read(manager, shared);
+                VoDataManager::ELockStatus status;
+                if (!manager.TryLockAndWait(INFINITE, status) || status != VoDataManager::eLS_Granted)
+                    ++refused;
+                holding.count_down();
+                release.wait();
+            }
+            released.count_down();
+        });
+
+    holding.arrive_and_wait();
+    EXPECT_EQ(refused.load(), 0);
+    for (const BxSmartPointer<VoNode>& node : {shared, leaf}) {
+        EXPECT_EQ(VoNodeTestAccess::TotalRead(node), unsigned(readers));
+        EXPECT_EQ(VoNodeTestAccess::EntryCount(node), std::size_t(readers));
+        EXPECT_TRUE(VoNodeTestAccess::HasOverflow(node));
+    }
+    {
+        BxStreamWriteASCIIStringT<CStringW> text;
+        manager.dump(text);
+        const std::wstring dump = text.GetString();
+        std::size_t entries = 0;
+        for (std::size_t at = dump.find(L": r(1)/w(0)]"); at != std::wstring::npos;
+             at = dump.find(L": r(1)/w(0)]", at + 1))
+            ++entries;
+        EXPECT_EQ(entries, std::size_t(2 * readers)) << "one entry per reader on both nodes";
+    }
+    {
+        VoDataHandleLockOnly<1> write(manager, leaf);
+        VoDataManager::ELockStatus status;
+        EXPECT_FALSE(manager.TryLockAndWait(0, status));
+        EXPECT_EQ(status, VoDataManager::eLS_Busy);
+    }
+
+    release.count_down();
+    released.arrive_and_wait();
+    for (const BxSmartPointer<VoNode>& node : {shared, leaf}) {
+        EXPECT_FALSE(VoNodeTestAccess::IsLocked(node));
+        EXPECT_FALSE(VoNodeTestAccess::HasOverflow(node));
+        EXPECT_TRUE(VoNodeTestAccess::UnlockedEvent(node).IsSet());
+    }
+    {
+        VoDataHandleLockOnly<1> write(manager, shared);
+        VoDataManager::ELockStatus status;
+        EXPECT_TRUE(manager.TryLockAndWait(0, status));
+        EXPECT_EQ(status, VoDataManager::eLS_Granted);
+    }
+    for (std::thread& thread : threads)
+        thread.join();
 }

@@ -293,6 +293,60 @@ TEST(VoNodeCounters, AdaptAndReset)
     Access::Release(fresh);
 }
 
+TEST(VoNodeCounters, EventMadeLateStartsInTheCountersStateAndFollowsThem)
+{
+    Tree t;
+    const unsigned me = Access::ThisThread();
+    Access::IncrementWrite(t.a, me);
+    BxEvent& late = Access::UnlockedEvent(t.a1);  // first asked while locked
+    EXPECT_FALSE(late.IsSet());
+    const BxEvent copy = late;  // what a waiting locker holds
+    Access::DecrementWrite(t.a, me);
+    EXPECT_TRUE(copy.IsSet());
+    Access::IncrementRead(t.root, me);
+    EXPECT_FALSE(copy.IsSet());
+    EXPECT_EQ(&Access::UnlockedEvent(t.a1), &late) << "one event per node";
+    Access::DecrementRead(t.root, me);
+    EXPECT_TRUE(copy.IsSet());
+}
+
+TEST(VoNodeCounters, ManyThreadsOverflowEveryNodeOfTheSubtreeAndLeaveNoMap)
+{
+    Tree t;
+    const unsigned threads = static_cast<unsigned>(VoNodeThreadCounts::c_inlineEntries) + 3;
+    for (unsigned k = 0; k < threads; ++k)
+        Access::IncrementRead(t.a, 1000 + k);
+    Access::IncrementWrite(t.a2, 1000 + threads - 1);
+    for (const Node& n : {t.a, t.a1, t.a2}) {
+        EXPECT_EQ(Access::TotalRead(n), threads);
+        EXPECT_EQ(Access::EntryCount(n), threads);
+        EXPECT_TRUE(Access::HasOverflow(n));
+        for (unsigned k = 0; k < threads; ++k)
+            EXPECT_EQ(Access::Entry(n, 1000 + k).readCount, 1u);
+    }
+    EXPECT_EQ(Access::Entry(t.a2, 1000 + threads - 1).writeCount, 1u);
+
+    // A subtree joining a.1 takes over every thread's counts, overflow ones included.
+    const Node fresh = makeNode(L"fresh");
+    Access::AdaptCounters(fresh, *t.a1);
+    EXPECT_EQ(Access::EntryCount(fresh), threads);
+    EXPECT_EQ(Access::Entry(fresh, 1000 + threads - 1).readCount, 1u);
+
+    // Releasing in the order taken empties the overflow maps again.
+    Access::DecrementWrite(t.a2, 1000 + threads - 1);
+    for (unsigned k = 0; k < threads; ++k)
+        Access::DecrementRead(t.a, 1000 + k);
+    for (const Node& n : {t.a, t.a1, t.a2}) {
+        EXPECT_FALSE(Access::IsLocked(n));
+        EXPECT_FALSE(Access::HasOverflow(n));
+        EXPECT_LE(Access::EntryCount(n), VoNodeThreadCounts::c_inlineEntries);
+        EXPECT_TRUE(Access::UnlockedEvent(n).IsSet());
+    }
+    Access::Reset(fresh, 0, 0);
+    EXPECT_EQ(Access::EntryCount(fresh), 0u);
+    EXPECT_FALSE(Access::HasOverflow(fresh));
+}
+
 TEST(VoDataNode, TypedNodesAndTheRegistry)
 {
     const BxSmartPointer<VoDataNodeInt32> node(new VoDataNodeInt32(L"count"));

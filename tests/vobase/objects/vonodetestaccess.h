@@ -51,8 +51,20 @@ public:
     static VoNode::SReadWriteCount Entry(const Node& node, unsigned int thread)
     {
         BxCriticalSectionLocker lock(node->getLock());
-        const auto found = node->getThreadManager().find(thread);
-        return found == node->getThreadManager().end() ? VoNode::SReadWriteCount{} : found->second;
+        const VoNode::SReadWriteCount* found = node->getThreadManager().Find(thread);
+        return found ? *found : VoNode::SReadWriteCount{};
+    }
+    /// Entries of the node's thread counts (zero ones included) and whether
+    /// they overflowed into the map.
+    static std::size_t EntryCount(const Node& node)
+    {
+        BxCriticalSectionLocker lock(node->getLock());
+        return node->getThreadManager().Size();
+    }
+    static bool HasOverflow(const Node& node)
+    {
+        BxCriticalSectionLocker lock(node->getLock());
+        return node->getThreadManager().HasOverflow();
     }
     static BxEvent& UnlockedEvent(const Node& node) { return node->getUnlockedEvent(); }
     static void Dump(const Node& node, BxStreamWriteASCIIT<CStringW>& stream, int level) { node->dump(stream, level); }
@@ -61,6 +73,6 @@ private:
     static std::pair<std::uint32_t, std::uint32_t> Counts(const Node& node)
     {
         BxCriticalSectionLocker lock(node->getLock());
-        return {node->m_totalRead, node->m_totalWrite};
+        return {node->totalRead(), node->totalWrite()};
     }
 };

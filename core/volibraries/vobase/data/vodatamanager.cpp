@@ -95,11 +95,8 @@ void VoDataManager::requestLock(VoDataHandleBase& handle)
     bool reentry = false;
     {
         BxCriticalSectionLocker nodeLocker(node->m_lock);
-        const auto entry = node->m_threadManager.find(threadId);
-        if (entry != node->m_threadManager.end()) {
-            const VoNode::SReadWriteCount& counts = entry->second;
-            reentry = write ? counts.writeCount > 0 : counts.readCount > 0 || counts.writeCount > 0;
-        }
+        if (const VoNode::SReadWriteCount* counts = node->m_threadManager.Find(threadId))
+            reentry = write ? counts->writeCount > 0 : counts->readCount > 0 || counts->writeCount > 0;
         // Re-entry: the thread already holds a lock that covers this one.
         if (reentry && write)
             bookkeeping(node)->incrementWriteCounter(threadId);
@@ -171,16 +168,28 @@ bool VoDataManager::IsCurrentThreadLocking() const
     return entry != m_lockingThreads.end() && entry->second > 0;
 }
 
+// Called under the manager lock only, which is what lets the walk go without
+// node locks: every change of a managed node's children list holds the manager
+// lock too, and a node can start to block only under it (grants and tree edits;
+// a re-entry raises only totals of nodes that are write-locked already or whose
+// read locks a write request would meet anyway). Each total is read once; one
+// that drops meanwhile makes at worst a blocker whose event is already set, and
+// the waiting attempt checks again.
 BxSmartPointer<const VoNode> VoDataManager::checkReadWriteLocks(const VoNode* node, bool write) const
 {
-    if (!node)
-        return nullptr;
-    BxCriticalSectionLocker nodeLocker(node->m_lock);
-    if (node->m_totalWrite > 0 || (write && node->m_totalRead > 0))
-        return BxSmartPointer<const VoNode>(node);
-    for (const BxSmartPointer<VoNode>& child : node->m_children)
-        if (BxSmartPointer<const VoNode> blocker = checkReadWriteLocks(child.get(), write))
+    return BxSmartPointer<const VoNode>(node ? findBlocker(*node, write) : nullptr);
+}
+
+const VoNode* VoDataManager::findBlocker(const VoNode& node, bool write) noexcept
+{
+    if (node.totalWrite() > 0 || (write && node.totalRead() > 0))
+        return &node;
+    node.prefetchChildren(false);
+    for (std::size_t i = 0; i < node.m_children.size(); ++i) {
+        node.prefetchNextChildList(i);
+        if (const VoNode* blocker = findBlocker(*node.m_children[i], write))
             return blocker;
+    }
     return nullptr;
 }
 
@@ -543,10 +552,14 @@ void VoDataManager::dumpLocks(BxStreamWriteASCIIT<CStringW>& stream, const VoNod
 {
     BxCriticalSectionLocker nodeLocker(node.m_lock);
     const CStringW path = ancestors.empty() ? node.GetName() : ancestors + L"/" + node.GetName();
-    if (node.m_totalRead > 0 || node.m_totalWrite > 0) {
+    if (node.totalRead() > 0 || node.totalWrite() > 0) {
         // Threads in identifier order, so that a dump reads the same every time.
-        std::vector<std::pair<unsigned int, VoNode::SReadWriteCount>> threads(node.m_threadManager.begin(),
-                                                                              node.m_threadManager.end());
+        std::vector<std::pair<unsigned int, VoNode::SReadWriteCount>> threads;
+        threads.reserve(node.m_threadManager.Size());
+        node.m_threadManager.ForEach(
+            [&threads](std::uint32_t threadId, const VoNode::SReadWriteCount& counts) {
+                threads.emplace_back(threadId, counts);
+            });
         std::sort(threads.begin(), threads.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
         stream << L"- " << path << L" ";
         for (const auto& [threadId, counts] : threads)

@@ -146,9 +146,10 @@ protected:
     void unlockHandlesCurrentThread(VoDataHandleBase& handle, bool includeThisHandle);
     /// True for a write handle whose node has a parent.
     bool checkAccessRightsRemove(const VoDataHandleBase& handle) const;
-    /// The first node in the subtree of `node` (itself included) whose locks
-    /// forbid the request, or null. Locks on ancestors are seen too, since
-    /// lock counts propagate into the subtree.
+    /// The first node in the subtree of `node` (itself included, pre-order)
+    /// whose locks forbid the request, or null. Locks on ancestors are seen
+    /// too, since lock counts propagate into the subtree. The caller holds the
+    /// manager lock; the walk takes no node locks.
     BxSmartPointer<const VoNode> checkReadWriteLocks(const VoNode* node, bool write) const;
     /// One line per locked node: "- Root/A/B [tid: r(1)/w(0)]...".
     void dumpLocks(BxStreamWriteASCIIT<CStringW>& stream) const;
@@ -180,6 +181,8 @@ private:
                 const BxSmartPointer<VoNode>& node);
     BxSmartPointer<Logging::ILogger> logger() const;
     static void dumpLocks(BxStreamWriteASCIIT<CStringW>& stream, const VoNode& node, const CStringW& path);
+    /// checkReadWriteLocks on a node that is there (manager lock held).
+    static const VoNode* findBlocker(const VoNode& node, bool write) noexcept;
 
     BxSmartPointer<VoNode> m_root;
 

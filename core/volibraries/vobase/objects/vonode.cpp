@@ -14,8 +14,14 @@ namespace {
 constexpr std::size_t c_childBlock = 10;
 /// Child lists at least this long get a name index.
 constexpr std::size_t c_childIndexThreshold = 32;
-constexpr std::size_t c_threadBuckets = 128;
-constexpr float c_threadLoadFactor = 1.5f;
+
+/// Adds delta to a total that only the node lock's holder writes; the new value.
+std::uint32_t addTo(std::atomic<std::uint32_t>& total, std::int32_t delta) noexcept
+{
+    const std::uint32_t value = total.load(std::memory_order_relaxed) + static_cast<std::uint32_t>(delta);
+    total.store(value, std::memory_order_relaxed);
+    return value;
+}
 
 }  // namespace
 
@@ -27,7 +33,6 @@ VoNode::VoNode(const wchar_t* name, bool serializeLeaves, ETrackModificationMode
       m_trackModificationMode(mode),
       m_parentLock(&m_lock)
 {
-    m_threadManager.max_load_factor(c_threadLoadFactor);
 }
 
 VoNode::~VoNode()
@@ -42,6 +47,7 @@ VoNode::~VoNode()
         }
     }
     m_children.clear();
+    updateChildListHint();
     m_childIndex.reset();
 }
 
@@ -122,6 +128,7 @@ void VoNode::addChild(BxSmartPointer<VoNode>& child)
     if (m_children.capacity() == m_children.size())
         m_children.reserve(m_children.size() + std::max(c_childBlock, m_children.size() / 2));
     m_children.push_back(child);
+    updateChildListHint();
     if (m_childIndex)
         m_childIndex->emplace(child->GetName(), child.get());
     else if (m_children.size() >= c_childIndexThreshold) {
@@ -142,6 +149,7 @@ void VoNode::unlink(bool withChildren, bool clearDataManager)
             BxCriticalSectionLocker lock(parent->m_lock);
             auto& siblings = parent->m_children;
             siblings.erase(std::remove(siblings.begin(), siblings.end(), self), siblings.end());
+            parent->updateChildListHint();
             if (parent->m_childIndex) {
                 const auto entry = parent->m_childIndex->find(GetName());
                 if (entry != parent->m_childIndex->end() && entry->second == this)
@@ -165,6 +173,7 @@ void VoNode::unlinkChildren()
     // This node's lock guards every child's parent link.
     Children children;
     children.swap(m_children);
+    updateChildListHint();
     m_childIndex.reset();
     for (BxSmartPointer<VoNode>& child : children) {
         if (child->m_parent.get() == this) {
@@ -253,89 +262,87 @@ bool VoNode::IsKindOfData(const BxRTTI& rtti) const
 
 // --- counters ----------------------------------------------------------------
 
-// Entries are never erased and the map's elements never move, so the entry
-// last used stays valid for the node's lifetime.
-VoNode::SReadWriteCount& VoNode::entryFor(unsigned int threadId)
+BxEvent& VoNode::getUnlockedEvent()
 {
-    if (!m_lastEntry || m_lastThread != threadId) {
-        if (m_threadManager.bucket_count() < c_threadBuckets)
-            m_threadManager.rehash(c_threadBuckets);  // the buckets come with the first entry
-        m_lastEntry = &m_threadManager[threadId];
-        m_lastThread = threadId;
-    }
-    return *m_lastEntry;
-}
-
-VoNode::SReadWriteCount* VoNode::findEntry(unsigned int threadId)
-{
-    if (m_lastEntry && m_lastThread == threadId)
-        return m_lastEntry;
-    const auto found = m_threadManager.find(threadId);
-    if (found == m_threadManager.end())
-        return nullptr;
-    m_lastThread = threadId;
-    m_lastEntry = &found->second;
-    return m_lastEntry;
+    BxCriticalSectionLocker lock(m_lock);
+    if (!m_unlockedEvent)
+        m_unlockedEvent = std::make_unique<BxEvent>(m_unlocked);
+    return *m_unlockedEvent;
 }
 
 void VoNode::incrementReadCounter(unsigned int threadId)
 {
     BxCriticalSectionLocker lock(m_lock);
-    for (const BxSmartPointer<VoNode>& child : m_children)
-        child->incrementReadCounter(threadId);
-    ++entryFor(threadId).readCount;
-    if (++m_totalRead == 1 && m_totalWrite == 0)
-        m_unlockedEvent.Reset();
+    prefetchChildren(true);
+    for (std::size_t i = 0; i < m_children.size(); ++i) {
+        prefetchNextChildList(i);
+        m_children[i]->incrementReadCounter(threadId);
+    }
+    ++m_threadManager.Get(threadId).readCount;
+    if (addTo(m_totalRead, 1) == 1 && totalWrite() == 0)
+        signalUnlocked(false);
 }
 
 void VoNode::incrementWriteCounter(unsigned int threadId)
 {
     BxCriticalSectionLocker lock(m_lock);
-    for (const BxSmartPointer<VoNode>& child : m_children)
-        child->incrementWriteCounter(threadId);
-    ++entryFor(threadId).writeCount;
-    if (++m_totalWrite == 1)
-        m_unlockedEvent.Reset();
+    prefetchChildren(true);
+    for (std::size_t i = 0; i < m_children.size(); ++i) {
+        prefetchNextChildList(i);
+        m_children[i]->incrementWriteCounter(threadId);
+    }
+    ++m_threadManager.Get(threadId).writeCount;
+    if (addTo(m_totalWrite, 1) == 1)
+        signalUnlocked(false);
 }
 
+// The entry found before the descent stays valid: the descent changes only the
+// children's counts.
 void VoNode::decrementReadCounter(unsigned int threadId)
 {
     BxCriticalSectionLocker lock(m_lock);
-    SReadWriteCount* entry = findEntry(threadId);
+    SReadWriteCount* entry = m_threadManager.Find(threadId);
     if (!entry || entry->readCount == 0)
         return;
-    for (const BxSmartPointer<VoNode>& child : m_children)
-        child->decrementReadCounter(threadId);
+    prefetchChildren(true);
+    for (std::size_t i = 0; i < m_children.size(); ++i) {
+        prefetchNextChildList(i);
+        m_children[i]->decrementReadCounter(threadId);
+    }
     --entry->readCount;
-    if (--m_totalRead == 0)
-        m_unlockedEvent.Set();
+    m_threadManager.Trim(threadId, *entry);
+    if (addTo(m_totalRead, -1) == 0)
+        signalUnlocked(true);
 }
 
 void VoNode::decrementWriteCounter(unsigned int threadId)
 {
     BxCriticalSectionLocker lock(m_lock);
-    SReadWriteCount* entry = findEntry(threadId);
+    SReadWriteCount* entry = m_threadManager.Find(threadId);
     if (!entry || entry->writeCount == 0)
         return;
-    for (const BxSmartPointer<VoNode>& child : m_children)
-        child->decrementWriteCounter(threadId);
+    prefetchChildren(true);
+    for (std::size_t i = 0; i < m_children.size(); ++i) {
+        prefetchNextChildList(i);
+        m_children[i]->decrementWriteCounter(threadId);
+    }
     --entry->writeCount;
-    if (--m_totalWrite == 0)
-        m_unlockedEvent.Set();
+    m_threadManager.Trim(threadId, *entry);
+    if (addTo(m_totalWrite, -1) == 0)
+        signalUnlocked(true);
 }
 
 void VoNode::adaptCounters(const VoNode& from)
 {
     std::scoped_lock lock(from.m_lock, m_lock);
-    m_totalRead = from.m_totalRead;
-    m_totalWrite = from.m_totalWrite;
+    setTotals(from.totalRead(), from.totalWrite());
     if (&from != this)
-        for (const auto& [thread, counts] : from.m_threadManager)
-            entryFor(thread) = counts;
-    if (m_totalRead > 0 || m_totalWrite > 0)
-        m_unlockedEvent.Reset();
-    else
-        m_unlockedEvent.Set();
+        from.m_threadManager.ForEach([this](std::uint32_t thread, const SReadWriteCount& counts) {
+            SReadWriteCount& entry = m_threadManager.Get(thread);
+            entry = counts;
+            m_threadManager.Trim(thread, entry);
+        });
+    signalUnlocked(totalRead() == 0 && totalWrite() == 0);
     for (const BxSmartPointer<VoNode>& child : m_children)
         child->adaptCounters(*this);
 }
@@ -344,35 +351,32 @@ void VoNode::resetReadWriteCounters(std::uint32_t read, std::uint32_t write)
 {
     const unsigned int caller = GetCurrentThreadId();
     BxCriticalSectionLocker lock(m_lock);
-    for (auto& [thread, counts] : m_threadManager)
-        counts = SReadWriteCount{};
-    entryFor(caller) = SReadWriteCount{read, write};
-    m_totalRead = read;
-    m_totalWrite = write;
+    // Every other thread's entry drops to zero, which is the same as no entry.
+    m_threadManager.Clear();
+    if (read != 0 || write != 0)
+        m_threadManager.Get(caller) = SReadWriteCount{read, write};
+    setTotals(read, write);
     for (const BxSmartPointer<VoNode>& child : m_children)
         child->resetReadWriteCounters(read, write);
-    if (read == 0 && write == 0)
-        m_unlockedEvent.Set();
-    else
-        m_unlockedEvent.Reset();
+    signalUnlocked(read == 0 && write == 0);
 }
 
 bool VoNode::isLocked() const
 {
     BxCriticalSectionLocker lock(m_lock);
-    return m_totalRead > 0 || m_totalWrite > 0;
+    return totalRead() > 0 || totalWrite() > 0;
 }
 
 bool VoNode::isReadLocked() const
 {
     BxCriticalSectionLocker lock(m_lock);
-    return m_totalRead > 0;
+    return totalRead() > 0;
 }
 
 bool VoNode::isWriteLocked() const
 {
     BxCriticalSectionLocker lock(m_lock);
-    return m_totalWrite > 0;
+    return totalWrite() > 0;
 }
 
 // --- traversal and dump -----------------------------------------------------

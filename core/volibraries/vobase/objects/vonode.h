@@ -16,6 +16,9 @@
 //
 // Locks: each node's critical section (m_lock) guards its children list, its
 // counters and thread map, its name and the data manager pointer's writers.
+// The children list of a managed node changes only under its data manager's
+// lock as well (the tree edits of the manager), so that the manager's lock
+// check can walk a subtree without node locks.
 // Recursive operations (counters, modification, ApplyRecursive, dump) hold a
 // node's lock while they descend, always parent before child. The parent link
 // is guarded by the lock whose address is stored beside it (the parent's lock
@@ -24,9 +27,14 @@
 // takes a reference to the parent.
 //
 // Counters: a read or write lock on a node counts on its whole subtree. Each
-// node keeps per-thread counts, totals, and an "unlocked" event (manual reset,
-// created set) that is reset while the node is locked and set when the lock
-// goes; waiting lockers block on it.
+// node keeps per-thread counts (VoNodeThreadCounts: inline entries for the
+// first few threads, a map only beyond them), totals, and an "unlocked" event
+// (manual reset, created set) that is reset while the node is locked and set
+// when the lock goes; waiting lockers block on it. The event's state is kept
+// as a flag beside the counters, and the event object itself is made the
+// first time a locker asks for it (getUnlockedEvent): locking a subtree that
+// nobody waits for touches no event. The lock, the totals, the children list,
+// the flag and the first thread entries share two cache lines.
 //
 // Dump: one line per node, children indented below their parent:
 //   Root [VoNode]
@@ -35,6 +43,7 @@
 // (" *" marks a modified node; the bracket holds the node's class name.)
 #pragma once
 
+#include <vobase/objects/vonodethreadcounts.h>
 #include <vobase/vobaseapi.h>
 
 #include <bxbase/bxcontainers.h>
@@ -77,14 +86,10 @@ public:
     };
 
     /// The read and write counts of one thread on one node.
-    struct SReadWriteCount
-    {
-        std::uint32_t readCount = 0;
-        std::uint32_t writeCount = 0;
-    };
+    using SReadWriteCount = VoNodeThreadCounts::SReadWriteCount;
 
     /// Per-thread counts, keyed by thread identifier.
-    using ThreadManager = BxMap<unsigned int, SReadWriteCount>;
+    using ThreadManager = VoNodeThreadCounts;
     using Children = BxListEx<BxSmartPointer<VoNode>>;
     using ConstChildren = BxListEx<BxSmartPointer<const VoNode>>;
 
@@ -194,17 +199,59 @@ private:
     bool isLocked() const;
     bool isReadLocked() const;
     bool isWriteLocked() const;
+    /// The totals, readable with or without the node lock.
+    std::uint32_t totalRead() const noexcept { return m_totalRead.load(std::memory_order_relaxed); }
+    std::uint32_t totalWrite() const noexcept { return m_totalWrite.load(std::memory_order_relaxed); }
+    /// Sets the totals (node lock held).
+    void setTotals(std::uint32_t read, std::uint32_t write) noexcept
+    {
+        m_totalRead.store(read, std::memory_order_relaxed);
+        m_totalWrite.store(write, std::memory_order_relaxed);
+    }
     /// The per-thread counts; the caller holds the node lock.
     const ThreadManager& getThreadManager() const noexcept { return m_threadManager; }
-    /// The event that is set while the node is not locked.
-    BxEvent& getUnlockedEvent() noexcept { return m_unlockedEvent; }
+    /// The event that is set while the node is not locked; made on the first
+    /// call (under the node lock) in the state the counters gave it so far.
+    BxEvent& getUnlockedEvent();
     /// Writes this node's line at `level` and then its children's.
     void dump(BxStreamWriteASCIIT<CStringW>& stream, int level) const;
 
-    /// The thread's entry, created when missing (node lock held).
-    SReadWriteCount& entryFor(unsigned int threadId);
-    /// The thread's entry or null (node lock held).
-    SReadWriteCount* findEntry(unsigned int threadId);
+    /// Asks the memory system early for what a counter pass will touch on
+    /// every child (the lock line, and with `counters` the thread entries'
+    /// line), so that the children's cache misses overlap instead of each
+    /// waiting behind the previous child's lock (node lock held).
+    void prefetchChildren(bool counters) const noexcept
+    {
+        for (const BxSmartPointer<VoNode>& child : m_children) {
+            __builtin_prefetch(&child->m_lock, 1);
+            if (counters)
+                __builtin_prefetch(&child->m_threadManager, 1);
+        }
+    }
+    /// Called before child `index` is visited: fetches the next child's
+    /// children list meanwhile (through its hint, which needs no lock).
+    void prefetchNextChildList(std::size_t index) const noexcept
+    {
+        if (index + 1 < m_children.size())
+            if (const char* list = m_children[index + 1]->m_childListHint.load(std::memory_order_relaxed)) {
+                __builtin_prefetch(list);
+                __builtin_prefetch(list + 64);
+            }
+    }
+    /// Records where the children list now lies (node lock held).
+    void updateChildListHint() noexcept
+    {
+        m_childListHint.store(m_children.empty() ? nullptr : reinterpret_cast<const char*>(m_children.data()),
+                              std::memory_order_relaxed);
+    }
+    /// Records the unlocked event's new state, and sets or resets the event
+    /// when it exists (node lock held).
+    void signalUnlocked(bool unlocked)
+    {
+        m_unlocked = unlocked;
+        if (m_unlockedEvent)
+            unlocked ? m_unlockedEvent->Set() : m_unlockedEvent->Reset();
+    }
     /// Takes a reference to the parent with the parent-link protocol.
     BxSmartPointer<VoNode> parentReference() const;
     /// Locks the parent link's current guard; returns the lock taken.
@@ -218,8 +265,6 @@ private:
     std::atomic<bool> m_modified{false};
     /// Written under the node lock; read without it.
     std::atomic<VoDataManager*> m_dataManager{nullptr};
-    /// Guarded by m_lock.
-    Children m_children;
     /// Children by name, made once a node has c_childIndexThreshold children so
     /// that FindChild (and with it every insertion, which checks the name) does
     /// not scan long child lists; null below that. Guarded by m_lock.
@@ -228,16 +273,28 @@ private:
     BxSmartPointer<VoNode> m_parent;
     /// The lock guarding m_parent: the parent's m_lock while linked, else m_lock.
     std::atomic<BxCriticalSection*> m_parentLock;
-    mutable BxCriticalSection m_lock;
-    BxEvent m_unlockedEvent{true};
+
+    // What locking a subtree touches on every node, in two cache lines: the
+    // lock, the totals and the children list's bounds in the first; the list's
+    // capacity, the unlocked flag and event and the first thread entries in
+    // the second.
+    alignas(64) mutable BxCriticalSection m_lock;
+    /// Written under m_lock. The data manager's lock check reads them without
+    /// it (see VoDataManager::checkReadWriteLocks), hence atomic; relaxed
+    /// loads and stores, plain moves on x86.
+    std::atomic<std::uint32_t> m_totalRead{0};
+    std::atomic<std::uint32_t> m_totalWrite{0};
+    /// Guarded by m_lock; changed only while the data manager's lock is held
+    /// too once the node is managed, so that the lock check can walk it.
+    Children m_children;
+    /// The unlocked event, made by getUnlockedEvent; null until then. Guarded by m_lock.
+    std::unique_ptr<BxEvent> m_unlockedEvent;
+    /// Where m_children keeps its elements (null while empty): written under
+    /// m_lock, read by the parent's passes only to prefetch, never to follow.
+    std::atomic<const char*> m_childListHint{nullptr};
+    /// The unlocked event's state (set while not locked), kept whether or not
+    /// the event exists. Guarded by m_lock.
+    bool m_unlocked = true;
     /// Guarded by m_lock.
-    std::uint32_t m_totalRead = 0;
-    /// Guarded by m_lock.
-    std::uint32_t m_totalWrite = 0;
-    /// The entry of m_threadManager used last, and its thread; guarded by m_lock.
-    /// (Kept beside the counters: they share the node's hot cache lines.)
-    SReadWriteCount* m_lastEntry = nullptr;
-    unsigned int m_lastThread = 0;
-    /// Guarded by m_lock. Entries are never erased: m_lastEntry points into it.
-    ThreadManager m_threadManager;
+    VoNodeThreadCounts m_threadManager;
 };
