@@ -28,7 +28,10 @@ public:
     }
     EState Get(const VoGraphConnectionList::SEntry& target) const { return Get(Node(target)); }
     void Set(const VoGraphNode& node, EState state) { m_states[&node] = state; }
-    static const VoGraphNode& Node(const VoGraphConnectionList::SEntry& target) { return *target.node; }
+    static const VoGraphNode& Node(const VoGraphConnectionList::SEntry& target)
+    {
+        return *target.connection->GetNode(VoGraphConnection::eNT_Target);
+    }
 
 private:
     std::unordered_map<const VoGraphNode*, std::uint8_t> m_states;
