@@ -11,7 +11,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
+#include <map>
+#include <random>
 #include <vector>
 
 namespace {
@@ -413,4 +416,169 @@ TEST(VoGraph, ListEntriesMirrorWeightsAndTheIndicesOfTheOtherEnd)
     EXPECT_EQ(entriesOf(b->GetIncomingConnections()), (Entries{{0, 2.0f}, {2, 4.0f}}));
     EXPECT_THROW(b->GetIncomingConnections().AddConnection(b->GetIncomingConnections()[0]), BxExceptionContainer);
     EXPECT_THROW(b->GetIncomingConnections().AddConnection(new VoGraphConnection), BxExceptionPreconditionViolation);
+}
+
+namespace {
+
+// A plain model of a graph under edits: nodes in list order, and per node
+// its outgoing and incoming connections in order, each connection named by
+// a number of its own so that parallel connections stay apart.
+struct SModel
+{
+    struct SConnection
+    {
+        int from;
+        int to;
+        float weight;
+    };
+    std::vector<int> order;                   // node numbers in list order
+    std::map<int, std::vector<int>> out, in;  // connection numbers per node
+    std::map<int, SConnection> connections;
+
+    void eraseFrom(std::vector<int>& list, int connection) { list.erase(std::find(list.begin(), list.end(), connection)); }
+    void removeConnection(int connection)
+    {
+        eraseFrom(out[connections[connection].from], connection);
+        eraseFrom(in[connections[connection].to], connection);
+        connections.erase(connection);
+    }
+};
+
+// Compares the graph with the model: node order, both lists of every node
+// (ends, weights and order), the entries' mirrors, and each connection's
+// sharing by exactly its two lists.
+void expectMatches(const VoGraph& graph, const SModel& model, const std::map<const VoGraphNode*, int>& numberOf,
+                   const std::map<const VoGraphConnection*, int>& connectionNumberOf)
+{
+    ASSERT_EQ(graph.GetCount(), model.order.size());
+    std::size_t at = 0;
+    for (const VoGraphNode& node : graph) {
+        const int number = numberOf.at(&node);
+        ASSERT_EQ(number, model.order[at++]);
+        for (const bool outgoing : {true, false}) {
+            const VoGraphConnectionList& list = outgoing ? node.GetOutgoingConnections() : node.GetIncomingConnections();
+            const std::vector<int>& expected = (outgoing ? model.out : model.in).at(number);
+            ASSERT_EQ(list.GetCount(), expected.size()) << "node " << number;
+            for (std::uint32_t k = 0; k < list.GetCount(); ++k) {
+                const VoGraphConnection& c = *list[k];
+                const SModel::SConnection& m = model.connections.at(expected[k]);
+                ASSERT_EQ(connectionNumberOf.at(&c), expected[k]) << "node " << number << " entry " << k;
+                EXPECT_EQ(numberOf.at(c.GetNode(VoGraphConnection::eNT_Source)), m.from);
+                EXPECT_EQ(numberOf.at(c.GetNode(VoGraphConnection::eNT_Target)), m.to);
+                EXPECT_EQ(c.GetWeight(), m.weight);
+                const VoGraphConnectionList::SEntry& e = list.GetEntries()[k];
+                const VoGraphNode* far = c.GetNode(outgoing ? VoGraphConnection::eNT_Target : VoGraphConnection::eNT_Source);
+                EXPECT_EQ(e.index, far->GetIndex());
+                EXPECT_EQ(e.weight, m.weight);
+            }
+        }
+    }
+}
+
+}  // namespace
+
+TEST(VoGraph, RandomEditsMatchAPlainModel)
+{
+    std::mt19937 random(17);
+    for (int round = 0; round < 12; ++round) {
+        VoGraph graph;
+        SModel model;
+        std::map<const VoGraphNode*, int> numberOf;
+        std::map<int, VoGraphNode*> nodeOf;
+        std::map<const VoGraphConnection*, int> connectionNumberOf;
+        std::map<int, BxSmartPointer<VoGraphConnection>> connectionOf;  // keeps them alive for the identity map
+        int nextNode = 0, nextConnection = 0;
+        auto addNode = [&] {
+            auto* node = new VoGraphNode;
+            graph.InsertNode(node);
+            numberOf[node] = nextNode;
+            nodeOf[nextNode] = node;
+            model.order.push_back(nextNode);
+            model.out[nextNode];
+            model.in[nextNode];
+            ++nextNode;
+        };
+        auto anyNode = [&] { return model.order[random() % model.order.size()]; };
+        for (int i = 0; i < 20; ++i)
+            addNode();
+        for (int step = 0; step < 600; ++step) {
+            const int what = random() % 100;
+            if (what < 55) {  // a connection, self-loops and parallel ones included
+                const int from = anyNode(), to = anyNode();
+                const float weight = float(random() % 7);
+                BxSmartPointer<VoGraphConnection> c = nodeOf[from]->AddConnection(*nodeOf[to], weight);
+                connectionNumberOf[c.get()] = nextConnection;
+                connectionOf[nextConnection] = c;
+                model.connections[nextConnection] = {from, to, weight};
+                model.out[from].push_back(nextConnection);
+                model.in[to].push_back(nextConnection);
+                ++nextConnection;
+            } else if (what < 70) {  // the first connection to a target goes
+                const int from = anyNode(), to = anyNode();
+                int first = -1;
+                for (int c : model.out[from])
+                    if (model.connections[c].to == to) {
+                        first = c;
+                        break;
+                    }
+                EXPECT_EQ(nodeOf[from]->RemoveConnection(*nodeOf[to]), first >= 0);
+                if (first >= 0)
+                    model.removeConnection(first);
+            } else if (what < 78) {  // a new weight
+                if (model.connections.empty())
+                    continue;
+                auto it = std::next(model.connections.begin(), random() % model.connections.size());
+                it->second.weight = float(random() % 7);
+                connectionOf[it->first]->SetWeight(it->second.weight);
+            } else if (what < 83) {  // a list sorted by weight, equal weights keeping their order
+                const int number = anyNode();
+                const bool outgoing = random() % 2 == 0;
+                (outgoing ? nodeOf[number]->GetOutgoingConnections() : nodeOf[number]->GetIncomingConnections()).Sort();
+                std::vector<int>& list = (outgoing ? model.out : model.in)[number];
+                std::stable_sort(list.begin(), list.end(), [&](int a, int b) {
+                    return model.connections[a].weight < model.connections[b].weight;
+                });
+            } else if (what < 88 && model.order.size() > 2) {  // a node goes, with its connections
+                const int number = anyNode();
+                std::vector<int> gone = model.out[number];
+                for (int c : model.in[number])
+                    if (std::find(gone.begin(), gone.end(), c) == gone.end())
+                        gone.push_back(c);
+                for (int c : gone)
+                    model.removeConnection(c);
+                model.order.erase(std::find(model.order.begin(), model.order.end(), number));
+                VoGraphNode* node = nodeOf[number];
+                numberOf.erase(node);
+                nodeOf.erase(number);
+                graph.RemoveNode(*node);
+            } else if (what < 94) {
+                addNode();
+            } else {  // renumbering: indices follow the list order again
+                graph.CreateIndices();
+                std::uint32_t index = 0;
+                for (const VoGraphNode& node : graph)
+                    ASSERT_EQ(node.GetIndex(), index++);
+            }
+            if (step % 50 == 0)
+                expectMatches(graph, model, numberOf, connectionNumberOf);
+        }
+        expectMatches(graph, model, numberOf, connectionNumberOf);
+        // The copy read back has the same outgoing lists; its incoming lists
+        // hold the same sources in the order the connections were read.
+        graph.CreateIndices();
+        {
+            VoGraph copy;
+            read(copy, serialize(graph));
+            ASSERT_EQ(copy.GetCount(), graph.GetCount());
+            auto original = graph.begin();
+            for (const VoGraphNode& node : copy) {
+                EXPECT_EQ(targets(node.GetOutgoingConnections()), targets(original->GetOutgoingConnections()));
+                auto copied = sources(node.GetIncomingConnections());
+                auto kept = sources(original->GetIncomingConnections());
+                std::sort(kept.begin(), kept.end());
+                EXPECT_EQ(copied, kept);
+                ++original;
+            }
+        }
+    }
 }

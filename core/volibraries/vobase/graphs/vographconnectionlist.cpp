@@ -6,6 +6,14 @@
 
 #include <algorithm>
 
+namespace {
+
+// Room made by the first connection of a list: most nodes of a sparse graph
+// have a handful, which then need at most one reallocation.
+constexpr std::size_t kFirstCapacity = 4;
+
+}  // namespace
+
 void VoGraphConnectionList::AddConnection(BxSmartPointer<VoGraphConnection> connection)
 {
     if (!connection || !connection->m_source || !connection->m_target)
@@ -15,8 +23,9 @@ void VoGraphConnectionList::AddConnection(BxSmartPointer<VoGraphConnection> conn
         BX_THROW(BxExceptionContainer, "VoGraphConnectionList::AddConnection",
                  "the connection is in a list at this end already");
     VoGraphConnection& c = *connection;
-    VoGraphNode* node = c.GetNode(otherEnd());
-    m_items.push_back({std::move(connection), node, node->GetIndex(), c.m_weight});
+    if (m_items.capacity() == 0)
+        m_items.reserve(kFirstCapacity);
+    m_items.push_back({std::move(connection), c.GetNode(otherEnd())->GetIndex(), c.m_weight});
     position(c) = static_cast<std::uint32_t>(m_items.size() - 1);
     c.m_listed[m_end] = true;
 }

@@ -8,14 +8,14 @@
 //   for (const VoGraphConnectionList::SEntry& e : node.GetOutgoingConnections().GetEntries())
 //       relax(e.index, e.weight);          // no visit to the connection
 //
-// The entries sit in one contiguous array. Beside the connection, each entry
-// names the node at its other end and mirrors that node's index and the
-// connection's weight
-// (the target in an outgoing list, the source in an incoming one); the
-// connection and the graph keep the mirrors up to date, so that walks over
-// large graphs read one array instead of chasing pointers. Removing a
-// connection keeps the order of the others and costs a move of the ones
-// behind it.
+// The entries sit in one contiguous array of 16 bytes each. Beside the
+// connection, each entry mirrors the index of the node at its other end (the
+// target in an outgoing list, the source in an incoming one) and the
+// connection's weight; the connection and the graph keep the mirrors up to
+// date, so that walks over large graphs read one array instead of chasing
+// pointers. The first connection makes room for a few, so that a list grows
+// by few reallocations. Removing a connection keeps the order of the others
+// and costs a move of the ones behind it.
 #pragma once
 
 #include <vobase/graphs/vographconnection.h>
@@ -38,7 +38,6 @@ public:
     struct SEntry
     {
         BxSmartPointer<VoGraphConnection> connection;
-        VoGraphNode* node;    ///< the node at the other end
         std::uint32_t index;  ///< index of the node at the other end
         float weight;         ///< the connection's weight
     };

@@ -1,5 +1,6 @@
-// A binary heap over an array of element pointers, with the precedence and
-// the element bookkeeping given by policies.
+// A binary heap over an array of elements, with the precedence and the
+// element bookkeeping given by policies. Each array slot holds the element's
+// key beside the pointer, so that sifting compares keys in the array itself.
 //
 //   using Heap = VoHeap<VoHeapElementSimple<VoGraphNode*>, VoHeapPolicyPrecedenceMin, VoHeapPolicyOperatorUpdatable>;
 //   std::vector<VoHeapElementSimple<VoGraphNode*>> elements(n);   // owned by the caller
@@ -41,27 +42,24 @@ public:
     std::uint32_t GetCount() const noexcept { return static_cast<std::uint32_t>(m_array.size()); }
     bool IsEmpty() const noexcept { return m_array.empty(); }
     /// The element on top; the heap must not be empty.
-    TElement& Top() const noexcept { return *m_array.front(); }
+    TElement& Top() const noexcept { return *m_array.front().element; }
     void Clear() noexcept { m_array.clear(); }
 
     /// Inserts `element` with its current key.
     void Push(TElement& element)
     {
-        m_array.push_back(&element);
-        const std::uint32_t position = GetCount() - 1;
-        TOperator::SetPosition(element, position);
-        siftUp(position);
+        m_array.push_back({element.key, &element});
+        siftUp(GetCount() - 1);
     }
 
     /// Removes and returns the element on top; the heap must not be empty.
     TElement* Pop() noexcept
     {
-        TElement* top = m_array.front();
-        TElement* last = m_array.back();
+        TElement* top = m_array.front().element;
+        const SSlot last = m_array.back();
         m_array.pop_back();
         if (!m_array.empty()) {
             m_array.front() = last;
-            TOperator::SetPosition(*last, 0);
             siftDown(0);
         }
         return top;
@@ -73,22 +71,32 @@ public:
         static_assert(TOperator::IsUpdatable, "the heap's operator policy does not allow updates");
         const bool up = TPrecedence::IsBehind(element.key, key);
         element.key = key;
+        m_array[element.position].key = key;
         up ? siftUp(element.position) : siftDown(element.position);
     }
 
 private:
-    void place(TElement* element, std::uint32_t position) noexcept
+    // Each slot carries a copy of its element's key, so that the sifts
+    // compare within the array and visit an element only to record its
+    // new position.
+    struct SSlot
     {
-        m_array[position] = element;
-        TOperator::SetPosition(*element, position);
+        float key;
+        TElement* element;
+    };
+
+    void place(const SSlot& slot, std::uint32_t position) noexcept
+    {
+        m_array[position] = slot;
+        TOperator::SetPosition(*slot.element, position);
     }
 
     void siftUp(std::uint32_t position) noexcept
     {
-        TElement* const moving = m_array[position];
+        const SSlot moving = m_array[position];
         while (position > 0) {
             const std::uint32_t parent = position / 2;
-            if (!TPrecedence::IsBehind(m_array[parent]->key, moving->key))
+            if (!TPrecedence::IsBehind(m_array[parent].key, moving.key))
                 break;
             place(m_array[parent], position);
             position = parent;
@@ -96,22 +104,22 @@ private:
         place(moving, position);
     }
 
-    // The moving element is written once, at its final place; the slot it
-    // leaves holds a stale pointer meanwhile. Only at the root can a
-    // candidate child be that slot (2 * 0 == 0), and there it still holds
-    // the moving element itself.
+    // The moving slot is written once, at its final place; the slot it
+    // leaves holds a stale copy meanwhile. Only at the root can a candidate
+    // child be that slot (2 * 0 == 0), and there it still holds the moving
+    // element itself.
     void siftDown(std::uint32_t position) noexcept
     {
-        TElement* const moving = m_array[position];
+        const SSlot moving = m_array[position];
         const std::uint32_t count = GetCount();
         while (2 * position < count) {
             const std::uint32_t left = 2 * position;
             const std::uint32_t right = left + 1;
             // 2i only when 2i + 1 lies strictly behind it, else 2i + 1 (ties too).
             std::uint32_t child = left;
-            if (right < count && !TPrecedence::IsBehind(m_array[right]->key, m_array[left]->key))
+            if (right < count && !TPrecedence::IsBehind(m_array[right].key, m_array[left].key))
                 child = right;
-            if (!TPrecedence::IsBehind(moving->key, m_array[child]->key))
+            if (!TPrecedence::IsBehind(moving.key, m_array[child].key))
                 break;
             place(m_array[child], position);
             position = child;
@@ -119,5 +127,5 @@ private:
         place(moving, position);
     }
 
-    std::vector<TElement*> m_array;
+    std::vector<SSlot> m_array;
 };

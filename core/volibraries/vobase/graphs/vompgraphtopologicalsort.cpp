@@ -15,23 +15,6 @@ enum EState : std::uint8_t
     eS_Finished = 2,
 };
 
-// Visit states by node index, for a graph whose indices are accurate: the
-// states are read through the entries' mirrored indices, so a walk reads no
-// connection and no node it does not enter.
-class CStatesByIndex
-{
-public:
-    explicit CStatesByIndex(const VoGraph& graph) : m_states(graph.GetCount()) {}
-
-    EState Get(const VoGraphNode& node) const { return EState(m_states[node.GetIndex()]); }
-    EState Get(const VoGraphConnectionList::SEntry& target) const { return EState(m_states[target.index]); }
-    void Set(const VoGraphNode& node, EState state) { m_states[node.GetIndex()] = state; }
-    static const VoGraphNode& Node(const VoGraphConnectionList::SEntry& target) { return *target.node; }
-
-private:
-    std::vector<std::uint8_t> m_states;
-};
-
 // Visit states in a hash map from node to state, for any graph.
 class CStatesByNode
 {
@@ -45,7 +28,10 @@ public:
     }
     EState Get(const VoGraphConnectionList::SEntry& target) const { return Get(Node(target)); }
     void Set(const VoGraphNode& node, EState state) { m_states[&node] = state; }
-    static const VoGraphNode& Node(const VoGraphConnectionList::SEntry& target) { return *target.node; }
+    static const VoGraphNode& Node(const VoGraphConnectionList::SEntry& target)
+    {
+        return *target.connection->GetNode(VoGraphConnection::eNT_Target);
+    }
 
 private:
     std::unordered_map<const VoGraphNode*, std::uint8_t> m_states;
@@ -68,12 +54,92 @@ BxList<std::uint32_t>& VoMpGraphTopologicalSort::GetOutput() const
 
 bool VoMpGraphTopologicalSort::compute()
 {
-    if (m_graph->IsIndicesAccurate()) {
-        CStatesByIndex states(*m_graph);
-        return sortAll(states);
-    }
+    if (m_graph->IsIndicesAccurate())
+        return sortByIndex();
     CStatesByNode states(*m_graph);
     return sortAll(states);
+}
+
+// With accurate indices, the list order is the index order. The walk then
+// runs on a compact copy of the connections (the target indices of node k
+// at targets[first[k]] .. targets[first[k + 1]]) and keeps the visit states
+// in an array by index: the graph is read once, in node order, and the walk
+// jumps around in a few dense arrays only. The order is the one the walk
+// over the nodes themselves gives.
+bool VoMpGraphTopologicalSort::sortByIndex()
+{
+    const std::uint32_t count = m_graph->GetCount();
+    if (count == 0)
+        return true;
+    std::vector<std::uint32_t> finished;
+    finished.reserve(count);
+    const bool complete = walkByIndex(finished);
+    // The walk's arrays are gone by now, and the list's nodes can take their memory.
+    m_output->insert(m_output->begin(), finished.rbegin(), finished.rend());
+    return complete;
+}
+
+bool VoMpGraphTopologicalSort::walkByIndex(std::vector<std::uint32_t>& finished)
+{
+    const std::vector<VoGraphNode*>& nodes = m_graph->GetNodesByIndex();
+    const std::uint32_t count = m_graph->GetCount();
+
+    std::vector<std::uint32_t> first(std::size_t(count) + 1);
+    std::uint32_t total = 0;
+    for (std::uint32_t i = 0; i < count; ++i) {
+        first[i] = total;
+        total += nodes[i]->GetOutgoingConnections().GetCount();
+    }
+    first[count] = total;
+    std::vector<std::uint32_t> targets(total);
+    // The entries lie scattered over the heap: fetch those of a node a
+    // little ahead while the earlier ones are copied.
+    constexpr std::uint32_t kAhead = 16;
+    for (std::uint32_t i = 0; i < count; ++i) {
+        if (i + kAhead < count) {
+            const auto* ahead = reinterpret_cast<const char*>(nodes[i + kAhead]->GetOutgoingConnections().GetEntries().data());
+            __builtin_prefetch(ahead);
+            __builtin_prefetch(ahead + 64);
+        }
+        std::uint32_t* out = targets.data() + first[i];
+        for (const VoGraphConnectionList::SEntry& e : nodes[i]->GetOutgoingConnections().GetEntries())
+            *out++ = e.index;
+    }
+
+    // One frame per open visit: the node and the range of its targets still to follow.
+    struct SFrame
+    {
+        std::uint32_t node;
+        std::uint32_t next;
+        std::uint32_t end;
+    };
+    std::vector<std::uint8_t> states(count, eS_Unvisited);
+    std::vector<SFrame> stack;
+    std::uint32_t steps = 0;
+    for (std::uint32_t root = 0; root < count; ++root) {
+        if (states[root] != eS_Unvisited)
+            continue;
+        states[root] = eS_InProgress;
+        stack.push_back({root, first[root], first[root + 1]});
+        while (!stack.empty()) {
+            SFrame& frame = stack.back();
+            if (frame.next != frame.end) {
+                const std::uint32_t target = targets[frame.next++];
+                // A finished target is skipped; one in progress would return at once.
+                if (states[target] == eS_Unvisited) {
+                    states[target] = eS_InProgress;
+                    stack.push_back({target, first[target], first[target + 1]});
+                }
+            } else {
+                states[frame.node] = eS_Finished;
+                finished.push_back(frame.node);
+                stack.pop_back();
+            }
+            if ((++steps & 0xFFFFu) == 0 && isBreak())
+                return false;
+        }
+    }
+    return true;
 }
 
 template <class States>

@@ -51,6 +51,10 @@ private:
     bool visit(const VoGraphNode& node, States& states, std::vector<std::uint32_t>& finished, std::uint32_t& steps);
     template <class States>
     bool sortAll(States& states);
+    /// The walk for a graph whose indices are accurate (see the source).
+    bool sortByIndex();
+    /// Its walk proper: appends the nodes to `finished` as they finish.
+    bool walkByIndex(std::vector<std::uint32_t>& finished);
 
     const VoGraph* m_graph = nullptr;
     BxList<std::uint32_t>* m_output = nullptr;

@@ -51,7 +51,10 @@ bool VoMpGraphToShortestPath::compute()
     const std::uint32_t count = m_graph->CreateIndices();
     const std::vector<VoGraphNode*>& nodes = m_graph->GetNodesByIndex();
 
-    std::vector<Element> elements(count, Element{kNone, VoGraphNode::GetInitialWeight(), nullptr});
+    std::vector<Element> elements;
+    elements.reserve(count);
+    for (VoGraphNode* node : nodes)
+        elements.push_back({kNone, VoGraphNode::GetInitialWeight(), node});
     std::vector<std::uint32_t> predecessors(count, kNone);
     Heap heap;
     heap.Reserve(count);
@@ -84,7 +87,6 @@ bool VoMpGraphToShortestPath::compute()
                 heap.Update(target, candidate);
             } else {
                 target.key = candidate;
-                target.value = e.node;
                 heap.Push(target);
             }
         }

@@ -6,6 +6,29 @@
 #include <numeric>
 #include <string>
 
+namespace {
+
+// The walks on the parent array, kept here so that a union runs them inline.
+inline std::uint32_t rootOf(const std::uint32_t* parents, std::uint32_t element) noexcept
+{
+    while (parents[element] != element)
+        element = parents[element];
+    return element;
+}
+
+inline void pointPathAt(std::uint32_t* parents, std::uint32_t element, std::uint32_t root) noexcept
+{
+    for (;;) {
+        const std::uint32_t next = parents[element];
+        parents[element] = root;
+        if (next == element)
+            return;
+        element = next;
+    }
+}
+
+}  // namespace
+
 void VoUnionFind::InitElements(std::uint32_t count)
 {
     m_parents.resize(count);
@@ -24,27 +47,24 @@ void VoUnionFind::checkElement(std::uint32_t element, const char* functionName) 
 std::uint32_t VoUnionFind::GetRoot(std::uint32_t element) const
 {
     checkElement(element, "VoUnionFind::GetRoot");
-    while (m_parents[element] != element)
-        element = m_parents[element];
-    return element;
+    return rootOf(m_parents.data(), element);
 }
 
 void VoUnionFind::AddPair(std::uint32_t a, std::uint32_t b)
 {
-    const std::uint32_t root = std::min(GetRoot(a), GetRoot(b));
-    collapsePath(a, root);
-    collapsePath(b, root);
+    if (std::max(a, b) >= m_parents.size()) [[unlikely]] {
+        checkElement(a, "VoUnionFind::GetRoot");
+        checkElement(b, "VoUnionFind::GetRoot");
+    }
+    std::uint32_t* parents = m_parents.data();
+    const std::uint32_t root = std::min(rootOf(parents, a), rootOf(parents, b));
+    pointPathAt(parents, a, root);
+    pointPathAt(parents, b, root);
 }
 
 void VoUnionFind::collapsePath(std::uint32_t element, std::uint32_t root) noexcept
 {
-    for (;;) {
-        const std::uint32_t next = m_parents[element];
-        m_parents[element] = root;
-        if (next == element)
-            return;
-        element = next;
-    }
+    pointPathAt(m_parents.data(), element, root);
 }
 
 std::uint32_t VoUnionFind::CreateSetNumbers()
