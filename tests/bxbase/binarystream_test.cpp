@@ -172,6 +172,15 @@ TYPED_TEST(BxStreamBinaryTyped, ReadsValuesSplitAcrossEveryRefillBoundary)
             EXPECT_THROW(in >> past, BxExceptionStream);
         }
     }
+    // The memory reader's own operators, whose end of area is the end of the data.
+    const std::vector<unsigned char> data = reference(0, values);
+    BxStreamReadBinaryBuffer memory(data.data(), data.size());
+    for (T expected : values) {
+        T v;
+        memory >> v;
+        ASSERT_EQ(std::memcmp(&v, &expected, sizeof(T)), 0);
+    }
+    EXPECT_EQ(memory.GetRemaining(), 0u);
 }
 
 TYPED_TEST(BxStreamBinaryTyped, WritesValuesSplitAcrossEveryFlush)
@@ -214,16 +223,20 @@ TYPED_TEST(BxStreamBinaryTyped, AValueCutShortThrowsUnderTheOperatorsName)
     for (std::size_t size = 0; size < sizeof(T); ++size) {
         BxStreamReadBinaryBuffer memory(whole.data(), size);
         CPieceReader pieces(std::vector<unsigned char>(whole.begin(), whole.begin() + size), 1);
-        BxStreamReadBinary* const streams[] = {&memory, &pieces};
-        for (BxStreamReadBinary* in : streams) {
+        BxStreamReadBinaryBuffer memoryAgain(whole.data(), size);
+        const auto expectEndOfData = [&](auto& in) {
             T v;
             try {
-                *in >> v;
+                in >> v;
                 ADD_FAILURE() << "no exception for " << size << " of " << sizeof(T) << " bytes";
             } catch (const BxExceptionStream& e) {
                 EXPECT_EQ(e.GetFunctionName(), "BxStreamReadBinary::operator >>");
             }
-        }
+        };
+        expectEndOfData(memory);  // the memory reader's own operators
+        EXPECT_EQ(memory.GetRemaining(), 0u);
+        expectEndOfData(static_cast<BxStreamReadBinary&>(memoryAgain));  // the base class's
+        expectEndOfData(pieces);
     }
 }
 

@@ -106,8 +106,18 @@ protected:
         m_getEnd = end;
     }
     const std::byte* getPointer() const noexcept { return m_get; }
+    /// The end of the get area.
+    const std::byte* getAreaEnd() const noexcept { return m_getEnd; }
+    /// Moves the next unread byte to `next`, which lies within the get area.
+    void setGetPointer(const std::byte* next) noexcept { m_get = next; }
     /// Bytes left in the get area.
     std::size_t getAreaSize() const noexcept { return static_cast<std::size_t>(m_getEnd - m_get); }
+    /// next + size <= end, compared as addresses: one add and one compare, and
+    /// no pointer arithmetic beyond the area (or on null, when there is none).
+    static bool fits(const std::byte* next, std::size_t size, const std::byte* end) noexcept
+    {
+        return reinterpret_cast<std::uintptr_t>(next) + size <= reinterpret_cast<std::uintptr_t>(end);
+    }
 
 private:
     // The fast path of every typed read: the cursor is read into a local, one
@@ -126,12 +136,6 @@ private:
             v = getSlow<T>();
         }
         return *this;
-    }
-    // next + size <= end, compared as addresses: one add and one compare, and
-    // no pointer arithmetic beyond the area (or on null, when there is none).
-    static bool fits(const std::byte* next, std::size_t size, const std::byte* end) noexcept
-    {
-        return reinterpret_cast<std::uintptr_t>(next) + size <= reinterpret_cast<std::uintptr_t>(end);
     }
     // The get area is exhausted: refill through read(), or throw at the end of data.
     template <class T>
