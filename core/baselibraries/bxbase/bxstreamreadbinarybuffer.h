@@ -21,9 +21,11 @@
 #include <cstring>
 #include <type_traits>
 
+/// Binary input stream over a block of memory that it does not own.
 class BXBASE_API BxStreamReadBinaryBuffer final : public BxStreamReadBinary
 {
 public:
+    /// Reads the `size` bytes at `data` (none when `data` is null).
     BxStreamReadBinaryBuffer(const void* data, std::size_t size);
 
     /// Bytes read so far.
@@ -35,8 +37,11 @@ public:
     /// Moves the read position to `position` (at most the block's size).
     void SetPosition(std::size_t position);
 
-    // Typed reads: the encoding and the exceptions of the base class's.
     using BxStreamReadBinary::operator>>;
+    /// @name Reading values
+    /// The base class's typed reads (same encoding, same BxExceptionStream at
+    /// the end of the data), with the cursor kept in the caller's registers.
+    //@{
     BxStreamReadBinaryBuffer& operator>>(bool& v)
     {
         std::uint8_t byte;
@@ -57,6 +62,7 @@ public:
     BxStreamReadBinaryBuffer& operator>>(unsigned long long& v) { return get(v); }
     BxStreamReadBinaryBuffer& operator>>(float& v) { return get(v); }
     BxStreamReadBinaryBuffer& operator>>(double& v) { return get(v); }
+    //@}
 
 protected:
     std::size_t read(void* data, std::size_t count) override;  // always 0: the block is the get area
