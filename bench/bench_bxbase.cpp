@@ -1,5 +1,6 @@
-// Base-types benchmarks: binary buffer streams beside a std::vector append and
-// a memcpy, BxSmartPointer beside std::shared_ptr, BxVariant operations.
+// Base-types benchmarks: binary buffer streams beside a plain cursor over a
+// block (an end check and a memcpy per value), a std::vector append and a
+// memcpy; BxSmartPointer beside std::shared_ptr; BxVariant operations.
 #include <bxbase/bxstreamreadbinarybuffer.h>
 #include <bxbase/bxstreamwritebinarybuffer.h>
 #include <bxbase/bxsmartpointer.h>
@@ -9,6 +10,7 @@
 
 #include <cstring>
 #include <memory>
+#include <stdexcept>
 #include <thread>
 #include <vector>
 
@@ -23,6 +25,47 @@ const bool c_multiThreaded = [] {
 
 constexpr int c_values = 1 << 20;  // 4 MiB of 4-byte values
 
+// The peer of the typed stream reads and writes: what hand-written code does
+// with a block of memory, a cursor with an end check and a memcpy per value.
+class CCursorReader
+{
+public:
+    CCursorReader(const std::byte* data, std::size_t size) : m_next(data), m_end(data + size) {}
+
+    template <class T>
+    void Read(T& v)
+    {
+        if (static_cast<std::size_t>(m_end - m_next) < sizeof(T))
+            throw std::out_of_range("end of data");
+        std::memcpy(&v, m_next, sizeof(T));
+        m_next += sizeof(T);
+    }
+
+private:
+    const std::byte* m_next;
+    const std::byte* m_end;
+};
+
+class CCursorWriter
+{
+public:
+    CCursorWriter(std::byte* data, std::size_t size) : m_next(data), m_end(data + size) {}
+
+    template <class T>
+    void Write(T v)
+    {
+        if (static_cast<std::size_t>(m_end - m_next) < sizeof(T))
+            throw std::out_of_range("block full");
+        std::memcpy(m_next, &v, sizeof(T));
+        m_next += sizeof(T);
+    }
+    std::byte* Next() const { return m_next; }
+
+private:
+    std::byte* m_next;
+    std::byte* m_end;
+};
+
 void BM_StreamWriteInt32(benchmark::State& state)
 {
     BxStreamWriteBinaryBuffer out(std::size_t(c_values) * 4);
@@ -35,6 +78,20 @@ void BM_StreamWriteInt32(benchmark::State& state)
     state.SetBytesProcessed(state.iterations() * c_values * 4);
 }
 BENCHMARK(BM_StreamWriteInt32);
+
+void BM_CursorWriteInt32(benchmark::State& state)
+{
+    std::vector<std::byte> block(std::size_t(c_values) * 4);
+    for (auto _ : state) {
+        CCursorWriter out(block.data(), block.size());
+        for (int k = 0; k < c_values; ++k)
+            out.Write(k);
+        benchmark::DoNotOptimize(out.Next());
+        benchmark::ClobberMemory();
+    }
+    state.SetBytesProcessed(state.iterations() * c_values * 4);
+}
+BENCHMARK(BM_CursorWriteInt32);
 
 void BM_StreamWriteArrayInt32(benchmark::State& state)
 {
@@ -98,6 +155,25 @@ void BM_StreamReadInt32(benchmark::State& state)
     state.SetBytesProcessed(state.iterations() * c_values * 4);
 }
 BENCHMARK(BM_StreamReadInt32);
+
+void BM_CursorReadInt32(benchmark::State& state)
+{
+    std::vector<std::byte> data(std::size_t(c_values) * 4);
+    for (int k = 0; k < c_values; ++k)
+        std::memcpy(data.data() + 4 * k, &k, 4);
+    for (auto _ : state) {
+        CCursorReader in(data.data(), data.size());
+        int sum = 0;
+        for (int k = 0; k < c_values; ++k) {
+            int v;
+            in.Read(v);
+            sum += v;
+        }
+        benchmark::DoNotOptimize(sum);
+    }
+    state.SetBytesProcessed(state.iterations() * c_values * 4);
+}
+BENCHMARK(BM_CursorReadInt32);
 
 void BM_VectorReadInt32(benchmark::State& state)
 {

@@ -7,7 +7,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
+#include <limits>
+#include <type_traits>
 #include <vector>
 
 namespace {
@@ -41,7 +44,211 @@ private:
     std::size_t m_position = 0;
 };
 
+// A reader whose data comes in pieces of a fixed size: each read() copies what
+// it can of the next piece into the caller's memory and lends the rest of the
+// piece as the get area, so that values straddle the end of every area.
+class CPieceReader : public BxStreamReadBinary
+{
+public:
+    CPieceReader(std::vector<unsigned char> data, std::size_t piece) : m_data(std::move(data)), m_piece(piece) {}
+    std::size_t calls = 0;  ///< read() calls, one per piece started
+
+protected:
+    std::size_t read(void* data, std::size_t count) override
+    {
+        ++calls;
+        const std::size_t piece = std::min(m_piece, m_data.size() - m_position);
+        const std::size_t direct = std::min(piece, count);
+        const auto* begin = reinterpret_cast<const std::byte*>(m_data.data() + m_position);
+        std::memcpy(data, begin, direct);
+        setGetArea(begin + direct, begin + piece);
+        m_position += piece;
+        return direct;
+    }
+
+private:
+    std::vector<unsigned char> m_data;
+    std::size_t m_piece;
+    std::size_t m_position = 0;
+};
+
+// A writer that lends a put area of a fixed size and takes it back (with the
+// bytes that did not fit) whenever write() is called.
+class CPieceWriter : public BxStreamWriteBinary
+{
+public:
+    explicit CPieceWriter(std::size_t piece) : m_area(piece) { lend(); }
+    std::size_t calls = 0;  ///< write() calls
+
+    /// Everything written, the bytes still in the put area included.
+    std::vector<unsigned char> Bytes() const
+    {
+        std::vector<unsigned char> all = m_sink;
+        const auto* area = reinterpret_cast<const unsigned char*>(m_area.data());
+        all.insert(all.end(), area, area + (putPointer() - m_area.data()));
+        return all;
+    }
+
+protected:
+    BxStreamWriteBinary& write(const void* data, std::size_t count) override
+    {
+        ++calls;
+        m_sink = Bytes();
+        const auto* p = static_cast<const unsigned char*>(data);
+        m_sink.insert(m_sink.end(), p, p + count);
+        lend();
+        return *this;
+    }
+
+private:
+    void lend() { setPutArea(m_area.data(), m_area.data() + m_area.size()); }
+
+    std::vector<std::byte> m_area;
+    std::vector<unsigned char> m_sink;
+};
+
+// Distinct values of every arithmetic type, extremes included.
+template <class T>
+std::vector<T> samples()
+{
+    using L = std::numeric_limits<T>;
+    if constexpr (std::is_same_v<T, bool>)
+        return {true, false, true, true};
+    else if constexpr (std::is_floating_point_v<T>)
+        return {T(1.5), -L::max(), L::min(), L::infinity(), T(-0.0), L::denorm_min()};
+    else
+        return {L::max(), L::min(), T(L::max() / 3), T(1), T(0), T(L::max() - 5)};
+}
+
+// The same values written by the memory buffer, whose encoding is checked
+// byte for byte above.
+template <class T>
+std::vector<unsigned char> reference(std::size_t offset, const std::vector<T>& values)
+{
+    BxStreamWriteBinaryBuffer out(16);
+    for (std::size_t k = 0; k < offset; ++k)
+        out << static_cast<unsigned char>(0xA0 + k);
+    for (T v : values)
+        out << v;
+    return bytes(out);
+}
+
+template <class T>
+class BxStreamBinaryTyped : public ::testing::Test
+{
+};
+using ArithmeticTypes = ::testing::Types<bool, char, signed char, unsigned char, short, unsigned short, int,
+                                         unsigned int, long, unsigned long, long long, unsigned long long, float,
+                                         double>;
+TYPED_TEST_SUITE(BxStreamBinaryTyped, ArithmeticTypes);
+
 }  // namespace
+
+// Every value position relative to the end of a get area (an offset of 0 to 7
+// bytes before the values, pieces of 1 to 9 bytes), including values split
+// across two or more refills.
+TYPED_TEST(BxStreamBinaryTyped, ReadsValuesSplitAcrossEveryRefillBoundary)
+{
+    using T = TypeParam;
+    const std::vector<T> values = samples<T>();
+    for (std::size_t piece = 1; piece <= 9; ++piece) {
+        for (std::size_t offset = 0; offset < 8; ++offset) {
+            SCOPED_TRACE(testing::Message() << "piece " << piece << ", offset " << offset);
+            const std::vector<unsigned char> data = reference(offset, values);
+            CPieceReader in(data, piece);
+            for (std::size_t k = 0; k < offset; ++k) {
+                unsigned char skipped;
+                in >> skipped;
+                ASSERT_EQ(skipped, 0xA0 + k);
+            }
+            for (T expected : values) {
+                T v;
+                in >> v;
+                ASSERT_EQ(std::memcmp(&v, &expected, sizeof(T)), 0);
+            }
+            // read() runs only when a piece is used up, never for a value the area holds.
+            EXPECT_EQ(in.calls, (data.size() + piece - 1) / piece);
+            T past;
+            EXPECT_THROW(in >> past, BxExceptionStream);
+        }
+    }
+    // The memory reader's own operators, whose end of area is the end of the data.
+    const std::vector<unsigned char> data = reference(0, values);
+    BxStreamReadBinaryBuffer memory(data.data(), data.size());
+    for (T expected : values) {
+        T v;
+        memory >> v;
+        ASSERT_EQ(std::memcmp(&v, &expected, sizeof(T)), 0);
+    }
+    EXPECT_EQ(memory.GetRemaining(), 0u);
+}
+
+TYPED_TEST(BxStreamBinaryTyped, WritesValuesSplitAcrossEveryFlush)
+{
+    using T = TypeParam;
+    const std::vector<T> values = samples<T>();
+    for (std::size_t piece = 1; piece <= 9; ++piece) {
+        for (std::size_t offset = 0; offset < 8; ++offset) {
+            SCOPED_TRACE(testing::Message() << "piece " << piece << ", offset " << offset);
+            CPieceWriter out(piece);
+            std::size_t calls = 0, used = 0;  // write() is due exactly when a value does not fit
+            const auto account = [&](std::size_t size) {
+                if (used + size > piece) {
+                    ++calls;
+                    used = 0;
+                } else {
+                    used += size;
+                }
+            };
+            for (std::size_t k = 0; k < offset; ++k) {
+                out << static_cast<unsigned char>(0xA0 + k);
+                account(1);
+            }
+            for (T v : values) {
+                out << v;
+                account(sizeof(T));
+            }
+            EXPECT_EQ(out.Bytes(), reference(offset, values));
+            EXPECT_EQ(out.calls, calls);
+        }
+    }
+}
+
+// A value cut short by the end of the data throws under the operator's name,
+// whether the missing bytes were due from the get area or from a refill.
+TYPED_TEST(BxStreamBinaryTyped, AValueCutShortThrowsUnderTheOperatorsName)
+{
+    using T = TypeParam;
+    const std::vector<unsigned char> whole = reference(0, std::vector<T>{samples<T>().front()});
+    for (std::size_t size = 0; size < sizeof(T); ++size) {
+        BxStreamReadBinaryBuffer memory(whole.data(), size);
+        CPieceReader pieces(std::vector<unsigned char>(whole.begin(), whole.begin() + size), 1);
+        BxStreamReadBinaryBuffer memoryAgain(whole.data(), size);
+        const auto expectEndOfData = [&](auto& in) {
+            T v;
+            try {
+                in >> v;
+                ADD_FAILURE() << "no exception for " << size << " of " << sizeof(T) << " bytes";
+            } catch (const BxExceptionStream& e) {
+                EXPECT_EQ(e.GetFunctionName(), "BxStreamReadBinary::operator >>");
+            }
+        };
+        expectEndOfData(memory);  // the memory reader's own operators
+        EXPECT_EQ(memory.GetRemaining(), 0u);
+        expectEndOfData(static_cast<BxStreamReadBinary&>(memoryAgain));  // the base class's
+        expectEndOfData(pieces);
+    }
+}
+
+TEST(BxStreamBinary, AnyNonZeroByteReadsAsTrue)
+{
+    const unsigned char data[] = {0, 1, 2, 0x80, 0xFF};
+    BxStreamReadBinaryBuffer in(data, sizeof data);
+    bool v[5];
+    in >> v[0] >> v[1] >> v[2] >> v[3] >> v[4];
+    EXPECT_FALSE(v[0]);
+    EXPECT_TRUE(v[1] && v[2] && v[3] && v[4]);
+}
 
 TEST(BxStreamBinary, EncodesEveryTypeLittleEndianWithoutPadding)
 {

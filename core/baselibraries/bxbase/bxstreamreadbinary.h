@@ -114,21 +114,44 @@ protected:
     }
     /// The next unread byte of the get area.
     const std::byte* getPointer() const noexcept { return m_get; }
+    /// The end of the get area.
+    const std::byte* getAreaEnd() const noexcept { return m_getEnd; }
+    /// Moves the next unread byte to `next`, which lies within the get area.
+    void setGetPointer(const std::byte* next) noexcept { m_get = next; }
     /// Bytes left in the get area.
     std::size_t getAreaSize() const noexcept { return static_cast<std::size_t>(m_getEnd - m_get); }
+    /// next + size <= end, compared as addresses: one add and one compare, and
+    /// no pointer arithmetic beyond the area (or on null, when there is none).
+    static bool fits(const std::byte* next, std::size_t size, const std::byte* end) noexcept
+    {
+        return reinterpret_cast<std::uintptr_t>(next) + size <= reinterpret_cast<std::uintptr_t>(end);
+    }
 
 private:
+    // The fast path of every typed read: the cursor is read into a local, one
+    // bounds check, one copy. Only when the get area cannot hold the value does
+    // the call leave the caller's code, and the value then comes back by value,
+    // so that the caller's variable need not live in memory.
     template <class T>
     BxStreamReadBinary& get(T& v)
     {
         static_assert(std::is_trivially_copyable_v<T>);
-        if (static_cast<std::size_t>(m_getEnd - m_get) >= sizeof(T)) {
-            std::memcpy(&v, m_get, sizeof(T));
-            m_get += sizeof(T);
-            return *this;
+        const std::byte* next = m_get;
+        if (fits(next, sizeof(T), m_getEnd)) [[likely]] {
+            std::memcpy(&v, next, sizeof(T));
+            m_get = next + sizeof(T);
+        } else {
+            v = getSlow<T>();
         }
-        ReadExactly(&v, sizeof(T), "BxStreamReadBinary::operator >>");
         return *this;
+    }
+    // The get area is exhausted: refill through read(), or throw at the end of data.
+    template <class T>
+    [[gnu::cold, gnu::noinline]] T getSlow()
+    {
+        T v;
+        ReadExactly(&v, sizeof(T), "BxStreamReadBinary::operator >>");
+        return v;
     }
     std::size_t readSlow(void* data, std::size_t count);
     std::uint32_t readCount(std::uint64_t unitSize, const char* functionName);

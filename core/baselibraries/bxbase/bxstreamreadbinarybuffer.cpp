@@ -1,4 +1,5 @@
 #include <bxbase/bxexceptionpreconditionviolation.h>
+#include <bxbase/bxexceptionstream.h>
 #include <bxbase/bxstreamreadbinarybuffer.h>
 
 BxStreamReadBinaryBuffer::BxStreamReadBinaryBuffer(const void* data, std::size_t size)
@@ -19,4 +20,12 @@ std::size_t BxStreamReadBinaryBuffer::read(void*, std::size_t)
 {
     // The whole block is the get area: once it is used up, the data has ended.
     return 0;
+}
+
+void BxStreamReadBinaryBuffer::endOfData(std::size_t size)
+{
+    // ReadExactly throws here, since read() adds nothing to the block.
+    std::byte value[sizeof(long double)];
+    ReadExactly(value, size, "BxStreamReadBinary::operator >>");
+    throw BxExceptionStream(__FILE__, __LINE__, "BxStreamReadBinary::operator >>", "unexpected end of data");
 }

@@ -5,15 +5,27 @@
 //   in >> value;
 //
 // The caller keeps the block alive while the stream reads it.
+//
+// The whole block is the get area, so an exhausted area is the end of the
+// data. The typed reads of this class rely on that: their slow path throws
+// and never returns, which lets the compiler keep the cursor in the caller's
+// registers across a loop of reads. Read through a BxStreamReadBinary& the
+// same stream takes the base class's path, with the same results.
 #pragma once
 
 #include <bxbase/bxbaseapi.h>
 #include <bxbase/bxstreamreadbinary.h>
 
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <type_traits>
+
 /// Binary input stream over a block of memory that it does not own.
-class BXBASE_API BxStreamReadBinaryBuffer : public BxStreamReadBinary
+class BXBASE_API BxStreamReadBinaryBuffer final : public BxStreamReadBinary
 {
 public:
+    /// Reads the `size` bytes at `data` (none when `data` is null).
     BxStreamReadBinaryBuffer(const void* data, std::size_t size);
 
     /// Bytes read so far.
@@ -25,11 +37,54 @@ public:
     /// Moves the read position to `position` (at most the block's size).
     void SetPosition(std::size_t position);
 
+    using BxStreamReadBinary::operator>>;
+    /// @name Reading values
+    /// The base class's typed reads (same encoding, same BxExceptionStream at
+    /// the end of the data), with the cursor kept in the caller's registers.
+    //@{
+    BxStreamReadBinaryBuffer& operator>>(bool& v)
+    {
+        std::uint8_t byte;
+        get(byte);
+        v = byte != 0;
+        return *this;
+    }
+    BxStreamReadBinaryBuffer& operator>>(char& v) { return get(v); }
+    BxStreamReadBinaryBuffer& operator>>(signed char& v) { return get(v); }
+    BxStreamReadBinaryBuffer& operator>>(unsigned char& v) { return get(v); }
+    BxStreamReadBinaryBuffer& operator>>(short& v) { return get(v); }
+    BxStreamReadBinaryBuffer& operator>>(unsigned short& v) { return get(v); }
+    BxStreamReadBinaryBuffer& operator>>(int& v) { return get(v); }
+    BxStreamReadBinaryBuffer& operator>>(unsigned int& v) { return get(v); }
+    BxStreamReadBinaryBuffer& operator>>(long& v) { return get(v); }
+    BxStreamReadBinaryBuffer& operator>>(unsigned long& v) { return get(v); }
+    BxStreamReadBinaryBuffer& operator>>(long long& v) { return get(v); }
+    BxStreamReadBinaryBuffer& operator>>(unsigned long long& v) { return get(v); }
+    BxStreamReadBinaryBuffer& operator>>(float& v) { return get(v); }
+    BxStreamReadBinaryBuffer& operator>>(double& v) { return get(v); }
+    //@}
+
 protected:
-    std::size_t read(void* data, std::size_t count) override;
+    std::size_t read(void* data, std::size_t count) override;  // always 0: the block is the get area
     std::optional<std::uint64_t> remaining() const override { return GetRemaining(); }
 
 private:
+    template <class T>
+    BxStreamReadBinaryBuffer& get(T& v)
+    {
+        static_assert(std::is_trivially_copyable_v<T>);
+        const std::byte* next = getPointer();
+        if (fits(next, sizeof(T), getAreaEnd())) [[likely]] {
+            std::memcpy(&v, next, sizeof(T));
+            setGetPointer(next + sizeof(T));
+            return *this;
+        }
+        endOfData(sizeof(T));
+    }
+    // Consumes the bytes left and throws BxExceptionStream, as a typed read of
+    // the base class does at the end of the data.
+    [[noreturn, gnu::cold]] void endOfData(std::size_t size);
+
     const std::byte* m_begin;
     std::size_t m_size;
 };

@@ -106,15 +106,31 @@ protected:
     std::byte* putPointer() const noexcept { return m_put; }
 
 private:
+    // The fast path of every typed write: the cursor is read into a local, one
+    // bounds check, one copy; write() is called only when the put area is full.
     template <class T>
     BxStreamWriteBinary& put(T v)
     {
         static_assert(std::is_trivially_copyable_v<T>);
-        if (static_cast<std::size_t>(m_putEnd - m_put) >= sizeof(T)) {
-            std::memcpy(m_put, &v, sizeof(T));  // the targets are little-endian
-            m_put += sizeof(T);
+        std::byte* next = m_put;
+        if (fits(next, sizeof(T), m_putEnd)) [[likely]] {
+            std::memcpy(next, &v, sizeof(T));  // the targets are little-endian
+            m_put = next + sizeof(T);
             return *this;
         }
+        return putSlow(v);
+    }
+    // next + size <= end, compared as addresses: one add and one compare, and
+    // no pointer arithmetic beyond the area (or on null, when there is none).
+    static bool fits(const std::byte* next, std::size_t size, const std::byte* end) noexcept
+    {
+        return reinterpret_cast<std::uintptr_t>(next) + size <= reinterpret_cast<std::uintptr_t>(end);
+    }
+    // The put area is full: hand the value to write(). Out of line, so that the
+    // value can stay in a register on the fast path.
+    template <class T>
+    [[gnu::cold, gnu::noinline]] BxStreamWriteBinary& putSlow(T v)
+    {
         return write(&v, sizeof(T));
     }
 
