@@ -95,18 +95,16 @@ void BxTask::runClaimed()
 
 bool BxTask::WaitUntilTerminate(DWORD timeoutMs)
 {
-    if (timeoutMs == INFINITE && BxThreadPool::IsPoolThread())
-    {
-        if (claim())
-        {
-            BxThreadPool::runTask(*this);
-            return true;
-        }
-        // Forked tasks are often short: yield a little before blocking, which
-        // costs the pool a compensating worker.
-        for (unsigned i = 0; i < kWaitSpinRounds && IsRunning(); ++i)
-            std::this_thread::yield();
-    }
+    if (m_hasRun.load())
+        return true;
+    if (timeoutMs == 0)
+        return GetTerminationEvent().Wait(0);
+    if (timeoutMs == INFINITE && BxThreadPool::helpWith(*this))
+        return true;
+    // Tasks are often short: yield a little before blocking, which costs a
+    // system call and, on a pool worker, a compensating worker.
+    for (unsigned i = 0; i < kWaitSpinRounds && !m_hasRun.load(); ++i)
+        std::this_thread::yield();
     if (m_hasRun.load())
         return true;
     return GetTerminationEvent().Wait(timeoutMs);
