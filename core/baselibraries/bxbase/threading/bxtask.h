@@ -82,10 +82,12 @@ protected:
 
 private:
     friend class BxThreadPool;
-    enum EState { eIdle, eQueued, eRunning };
+    /// eFinishing: run() has returned and the termination is being marked;
+    /// AddTask waits the moment until it is idle again.
+    enum EState { eIdle, eQueued, eRunning, eFinishing };
     static constexpr unsigned kWaitSpinRounds = 64;
 
-    /// idle -> queued; false when the task is already queued or running.
+    /// idle -> queued (after a finishing run is idle); false when the task is already queued or running.
     bool markQueued();
     /// queued -> idle without running (the pool is shutting down).
     void cancel();

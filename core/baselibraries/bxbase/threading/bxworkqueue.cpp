@@ -1,6 +1,27 @@
 #include <bxbase/threading/bxworkqueue.h>
 
+#include <thread>
 #include <utility>
+
+void BxWorkQueue::CSpinLock::lock()
+{
+    for (unsigned spins = 0;;)
+    {
+        if (!m_locked.exchange(true, std::memory_order_acquire))
+            return;
+        while (m_locked.load(std::memory_order_relaxed))
+        {
+            if (++spins < 64)
+            {
+#if defined(__x86_64__) || defined(__i386__)
+                __builtin_ia32_pause();
+#endif
+            }
+            else
+                std::this_thread::yield(); // the holder may have lost its core
+        }
+    }
+}
 
 BxWorkQueue::BxWorkQueue() : m_ring(kInitialCapacity) {}
 

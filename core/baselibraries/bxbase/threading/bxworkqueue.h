@@ -14,7 +14,9 @@
 // a queue in steady use allocates nothing. Each entry holds a reference to
 // its task: a task added and forgotten by its creator stays alive until run.
 //
-// Locks: m_lock guards m_ring and m_head; m_count is written under m_lock and
+// Locks: m_lock (a spin lock: it is held for a few instructions, and a
+// worker that sleeps on a contended mutex costs two system calls) guards
+// m_ring and m_head; m_count is written under m_lock and
 // may be read without it (IsEmpty, GetCount), so a worker can skip an empty
 // queue without touching its lock. Its stores are sequentially consistent:
 // a worker that announces it is going to sleep and then finds the queue empty
@@ -54,10 +56,21 @@ public:
     std::size_t GetCount() const { return m_count.load(); }
 
 private:
+    /// Test-and-test-and-set lock; a waiter pauses, then yields its core.
+    class CSpinLock
+    {
+    public:
+        void lock();
+        void unlock() { m_locked.store(false, std::memory_order_release); }
+
+    private:
+        std::atomic<bool> m_locked{false};
+    };
+
     std::size_t mask() const { return m_ring.size() - 1; }
     void growLocked();
 
-    mutable std::mutex m_lock;
+    mutable CSpinLock m_lock;
     std::vector<BxSmartPointer<BxTask>> m_ring; ///< capacity a power of two; guarded by m_lock
     std::size_t m_head = 0;                     ///< index of the oldest entry; guarded by m_lock
     std::atomic<std::size_t> m_count{0};        ///< entries; written under m_lock
