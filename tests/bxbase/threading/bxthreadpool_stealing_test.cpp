@@ -152,7 +152,7 @@ TEST(BxThreadPoolStealing, NoLostWakeUpWhenWorkersGoToSleep)
     // asleep or asleep; a wake-up lost in the hand-off leaves the task queued
     // beside sleeping workers and the wait runs into its time-out.
     BxThreadPool pool(2);
-    const int rounds = 20000 / kScale;
+    const int rounds = 5000 / kScale;
     int missed = 0;
     for (int round = 0; round < rounds && missed == 0; ++round)
     {
@@ -165,7 +165,7 @@ TEST(BxThreadPoolStealing, NoLostWakeUpWhenWorkersGoToSleep)
         if (!task->WaitUntilTerminate(kHangMs) || !ran.load())
             ++missed;
         // Every few rounds let the workers run out of spinning first.
-        if (round % 64 == 0)
+        if (round % 16 == 0)
             for (int i = 0; i < 2000; ++i)
                 std::this_thread::yield();
     }
@@ -257,7 +257,7 @@ TEST(BxThreadPoolStealing, AWaiterWithTheNoHelpMarkerRunsNoTask)
     // child tries the lock. Run on the waiter's thread, the child would enter
     // the lock the waiter holds; run elsewhere, it finds the lock taken.
     BxThreadPool pool(1);
-    for (int round = 0; round < 20; ++round)
+    for (int round = 0; round < 9; ++round)
     {
         BxCriticalSection lock;
         std::atomic<std::uint32_t> waiterThread{0}, childThread{0};

@@ -17,6 +17,15 @@ thread_local BxThreadPool* t_pool = nullptr; ///< the pool of the calling worker
 thread_local void* t_slot = nullptr;         ///< its slot (BxThreadPool::SSlot)
 thread_local unsigned t_stealStart = 0;      ///< where the calling worker starts to look for a victim
 
+void cpuPause()
+{
+#if defined(__x86_64__) || defined(__i386__)
+    __builtin_ia32_pause();
+#else
+    std::this_thread::yield();
+#endif
+}
+
 unsigned defaultWorkerCount()
 {
     return std::max(2u, std::thread::hardware_concurrency());
@@ -159,12 +168,25 @@ BxSmartPointer<BxTask> BxThreadPool::findWork(SSlot& slot)
     {
         if (BxSmartPointer<BxTask> task = slot.queues[priority].PopBack())
             return task;
-        if (BxSmartPointer<BxTask> task = m_injection[priority].PopFront())
+        if (BxSmartPointer<BxTask> task = takeInjected(slot, priority))
             return task;
         if (BxSmartPointer<BxTask> task = steal(slot, priority))
             return task;
     }
     return nullptr;
+}
+
+BxSmartPointer<BxTask> BxThreadPool::takeInjected(SSlot& slot, int priority)
+{
+    const std::size_t taken = m_injection[priority].PopFrontHalf(slot.run.data(), kInjectedRun);
+    if (taken == 0)
+        return nullptr;
+    if (taken > 1)
+    {
+        slot.queues[priority].PushBackReversed(slot.run.data() + 1, taken - 1);
+        notifyWork(); // others may steal from the run
+    }
+    return std::move(slot.run[0]);
 }
 
 BxSmartPointer<BxTask> BxThreadPool::steal(SSlot& self, int priority)
@@ -258,9 +280,27 @@ void BxThreadPool::stopSpinning()
 
 BxSmartPointer<BxTask> BxThreadPool::spinForWork(SSlot& slot)
 {
-    for (unsigned i = 0; i < kSpinRounds && !m_stopping.load(std::memory_order_relaxed); ++i)
+    // Tasks often come in bursts a little apart: a spin of some tens of
+    // microseconds spares the producer a wake-up (a system call and the
+    // scheduler's latency) for the next burst. Pauses keep the core; a yield
+    // now and then lets a producer on the same core go on.
+    using Clock = std::chrono::steady_clock;
+    const Clock::time_point deadline = Clock::now() + std::chrono::microseconds(kSpinMicroseconds);
+    unsigned pauses = 1;
+    for (unsigned round = 1; !m_stopping.load(std::memory_order_relaxed); ++round)
     {
-        std::this_thread::yield(); // on a busy machine the producer may need this core
+        if (round % 16 == 0)
+        {
+            std::this_thread::yield();
+            if (Clock::now() > deadline)
+                break;
+        }
+        else
+        {
+            for (unsigned i = 0; i < pauses; ++i)
+                cpuPause();
+            pauses = std::min(pauses * 2, 64u);
+        }
         if (BxSmartPointer<BxTask> task = findWork(slot))
         {
             stopSpinning();

@@ -11,11 +11,15 @@
 //
 // Order: a worker looking for work goes through the priorities from high to
 // low and, within one priority, takes its own newest task, else the oldest
-// task of the injection queue, else steals the oldest task of another
-// worker. So of the tasks queued when a worker looks, it takes one of the
-// highest priority present, and tasks added from outside with one priority
-// start in the order in which they were added (with one worker: strictly
-// high before normal before low, first in first out within one priority).
+// tasks of the injection queue, else steals the oldest task of another
+// worker. From the injection queue it takes a run of the oldest tasks (half
+// of those queued, at most kInjectedRun) at once: it runs the first and puts
+// the others into its own queue so that it takes them next, oldest first
+// (others may steal them). So of the tasks queued when a worker looks, it
+// takes one of the highest priority present, and tasks added from outside
+// with one priority start in the order in which they were added (with one
+// worker: strictly high before normal before low, first in first out within
+// one priority).
 //
 // Waiting inside a task (help while waiting, isolated): a pool thread that
 // calls BxTask::WaitUntilTerminate() without a time-out on a task still
@@ -37,8 +41,8 @@
 // completes. The pool has at most eMaxThreads threads; beyond that, queued
 // tasks wait for a free one.
 //
-// Sleeping: a worker that finds no work spins for a while (yielding its
-// core) before it sleeps; at most half the workers (at least one) spin at a
+// Sleeping: a worker that finds no work spins for about kSpinMicroseconds
+// (pausing, and yielding its core now and then) before it sleeps; at most half the workers (at least one) spin at a
 // time. Adding a task wakes a sleeping worker only when no worker is
 // spinning, and a spinning worker that finds a task while others sleep and
 // work is left hands the spinning on by waking one, so no task waits beside
@@ -116,9 +120,11 @@ private:
     static constexpr int kPriorities = 3;
 
     /// What one pool thread owns: its queues, one per priority.
+    static constexpr std::size_t kInjectedRun = 16;
     struct SSlot
     {
         std::array<BxWorkQueue, kPriorities> queues;
+        std::array<BxSmartPointer<BxTask>, kInjectedRun> run; ///< tasks on their way from the injection queue
         bool used = false; ///< a thread owns the slot; guarded by m_lock
     };
     struct SWorker
@@ -137,6 +143,8 @@ private:
     /// The next task for the worker owning `slot`, by the order above, or null.
     BxSmartPointer<BxTask> findWork(SSlot& slot);
     BxSmartPointer<BxTask> steal(SSlot& self, int priority);
+    /// Takes a run of the oldest injected tasks of one priority; returns the first.
+    BxSmartPointer<BxTask> takeInjected(SSlot& slot, int priority);
     /// Spins for work as one of the spinning workers; null when none came.
     BxSmartPointer<BxTask> spinForWork(SSlot& slot);
     /// Sleeps until woken; false when the pool stops. Returns as a spinning worker.
@@ -182,6 +190,6 @@ private:
     std::atomic<bool> m_surplus{false};  ///< more threads than workers; written under m_lock
     std::atomic<unsigned> m_spinning{0}; ///< workers spinning for work (wakers count ahead)
     std::atomic<bool> m_stopping{false};
-    static constexpr unsigned kSpinRounds = 64;
+    static constexpr unsigned kSpinMicroseconds = 50;
     static constexpr unsigned kParkMilliseconds = 2000;
 };

@@ -1,5 +1,6 @@
 #include <bxbase/threading/bxworkqueue.h>
 
+#include <algorithm>
 #include <thread>
 #include <utility>
 
@@ -70,6 +71,31 @@ BxSmartPointer<BxTask> BxWorkQueue::PopFront()
     m_head = (m_head + 1) & mask();
     m_count.store(count - 1);
     return task;
+}
+
+std::size_t BxWorkQueue::PopFrontHalf(BxSmartPointer<BxTask>* out, std::size_t max)
+{
+    if (IsEmpty())
+        return 0;
+    std::lock_guard lock(m_lock);
+    const std::size_t count = m_count.load(std::memory_order_relaxed);
+    const std::size_t taken = std::min(max, (count + 1) / 2);
+    for (std::size_t i = 0; i < taken; ++i)
+        out[i] = std::move(m_ring[(m_head + i) & mask()]);
+    m_head = (m_head + taken) & mask();
+    m_count.store(count - taken);
+    return taken;
+}
+
+void BxWorkQueue::PushBackReversed(BxSmartPointer<BxTask>* tasks, std::size_t count)
+{
+    std::lock_guard lock(m_lock);
+    std::size_t size = m_count.load(std::memory_order_relaxed);
+    while (size + count > m_ring.size())
+        growLocked();
+    for (std::size_t i = count; i-- > 0;)
+        m_ring[(m_head + size++) & mask()] = std::move(tasks[i]);
+    m_count.store(size);
 }
 
 bool BxWorkQueue::PopBackIf(const BxTask& task)

@@ -10,6 +10,10 @@
 //   BxSmartPointer<BxTask> mine = queue.PopBack();   // owner: newest
 //   BxSmartPointer<BxTask> stolen = queue.PopFront(); // thief: oldest
 //
+// A worker moves a run of the oldest tasks of the injection queue to its own
+// queue in one go (PopFrontHalf, PushBackReversed), so that the producer
+// and the workers meet on the shared queue once per run instead of once per task.
+//
 // The entries are kept in a ring that doubles when full and never shrinks, so
 // a queue in steady use allocates nothing. Each entry holds a reference to
 // its task: a task added and forgotten by its creator stays alive until run.
@@ -45,6 +49,12 @@ public:
     BxSmartPointer<BxTask> PopBack();
     /// Removes and returns the oldest entry, or null when the queue is empty.
     BxSmartPointer<BxTask> PopFront();
+    /// Removes up to `max` of the oldest entries, but no more than half of
+    /// them (rounded up), into out[0..n), oldest first; returns n.
+    std::size_t PopFrontHalf(BxSmartPointer<BxTask>* out, std::size_t max);
+    /// Appends tasks[0..count) so that tasks[0] is the newest: PopBack then
+    /// returns them in the order of the array.
+    void PushBackReversed(BxSmartPointer<BxTask>* tasks, std::size_t count);
     /// Removes the newest entry when it is `task`; true when it did.
     bool PopBackIf(const BxTask& task);
     /// Removes every entry and returns them, oldest first.
