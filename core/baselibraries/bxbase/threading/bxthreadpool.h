@@ -42,8 +42,8 @@
 // tasks wait for a free one.
 //
 // Sleeping: a worker that finds no work spins for about kSpinMicroseconds
-// (pausing, and yielding its core now and then) before it sleeps; at most half the workers (at least one) spin at a
-// time. Adding a task wakes a sleeping worker only when no worker is
+// (pausing, and yielding its core now and then) before it sleeps; at most
+// half the workers (at least one) spin at a time. Adding a task wakes a sleeping worker only when no worker is
 // spinning, and a spinning worker that finds a task while others sleep and
 // work is left hands the spinning on by waking one, so no task waits beside
 // sleeping workers.
