@@ -4,7 +4,9 @@
 //   - BM_PostMessage vs BM_MutexDequeQueue: one-way message throughput;
 //   - BM_ThreadPool (tasks added from outside the pool) and
 //     BM_ThreadPoolForkJoin (forked and joined inside a pool task) vs
-//     BM_TbbTaskGroup: trivial tasks per second.
+//     BM_TbbTaskGroup: trivial tasks per second;
+//   - BM_ThreadPoolFib vs BM_TbbFib: recursive fork-join, a Fibonacci-style
+//     tree of depth 25, one trivial task per inner node.
 #include <bxbase/threading/bxevent.h>
 #include <bxbase/threading/bxthreadpool.h>
 #include <bxbase/windows/bxwindowsapi.h>
@@ -14,6 +16,7 @@
 
 #include <atomic>
 #include <condition_variable>
+#include <cstdint>
 #include <deque>
 #include <mutex>
 #include <thread>
@@ -265,6 +268,83 @@ void BM_TbbTaskGroup(benchmark::State& state)
     state.SetItemsProcessed(state.iterations() * kBatch);
 }
 BENCHMARK(BM_TbbTaskGroup)->UseRealTime();
+
+// --- Recursive fork-join -------------------------------------------------------
+
+constexpr int kFibDepth = 25;
+
+// Inner nodes of fib(n)'s call tree: the tasks each benchmark forks.
+std::int64_t fibInnerNodes(int n)
+{
+    return n < 2 ? 0 : 1 + fibInnerNodes(n - 1) + fibInnerNodes(n - 2);
+}
+
+// fib(n): forks fib(n - 1) as a task, computes fib(n - 2) itself, joins.
+class CFibTask : public BxTask
+{
+public:
+    explicit CFibTask(int n) : m_n(n) {}
+    static std::int64_t Compute(int n)
+    {
+        if (n < 2)
+            return n;
+        BxSmartPointer<CFibTask> child(new CFibTask(n - 1));
+        BxThreadPool::GetInstance().AddTask(child, BxThreadPool::ePriorityNormal);
+        const std::int64_t other = Compute(n - 2);
+        child->WaitUntilTerminate();
+        return child->m_value + other;
+    }
+
+protected:
+    BxCheckReturn<bool, BxCheckReturnPolicyAssert> run() override
+    {
+        m_value = Compute(m_n);
+        return true;
+    }
+
+private:
+    const int m_n;
+    std::int64_t m_value = 0;
+};
+
+void BM_ThreadPoolFib(benchmark::State& state)
+{
+    BxThreadPool& pool = BxThreadPool::GetInstance();
+    for (auto _ : state)
+    {
+        BxSmartPointer<CFibTask> root(new CFibTask(kFibDepth));
+        pool.AddTask(root, BxThreadPool::ePriorityNormal);
+        root->WaitUntilTerminate();
+    }
+    state.SetItemsProcessed(state.iterations() * (fibInnerNodes(kFibDepth) + 1));
+}
+BENCHMARK(BM_ThreadPoolFib)->UseRealTime()->Unit(benchmark::kMillisecond);
+
+std::int64_t tbbFib(int n)
+{
+    if (n < 2)
+        return n;
+    std::int64_t first = 0;
+    tbb::task_group group;
+    group.run([&first, n] { first = tbbFib(n - 1); });
+    const std::int64_t other = tbbFib(n - 2);
+    group.wait();
+    return first + other;
+}
+
+void BM_TbbFib(benchmark::State& state)
+{
+    for (auto _ : state)
+    {
+        std::int64_t value = 0;
+        tbb::task_group group;
+        group.run([&value] { value = tbbFib(kFibDepth); });
+        group.wait();
+        benchmark::DoNotOptimize(value);
+    }
+    state.SetItemsProcessed(state.iterations() * (fibInnerNodes(kFibDepth) + 1));
+}
+BENCHMARK(BM_TbbFib)->UseRealTime()->Unit(benchmark::kMillisecond);
 } // namespace
 
 BENCHMARK_MAIN();

@@ -13,16 +13,26 @@ bool BxTask::transition(EState from, EState to)
 
 bool BxTask::markQueued()
 {
-    if (!transition(eIdle, eQueued))
-        return false;
+    for (;;)
+    {
+        int expected = eIdle;
+        if (m_state.compare_exchange_weak(expected, eQueued, std::memory_order_acq_rel))
+            break;
+        if (expected != eIdle && expected != eFinishing)
+            return false;
+        if (expected == eFinishing)
+            std::this_thread::yield(); // only until its runner has marked the termination
+    }
     setTerminated(false);
     return true;
 }
 
 void BxTask::cancel()
 {
-    if (transition(eQueued, eIdle))
-        setTerminated(true);
+    if (!transition(eQueued, eFinishing))
+        return;
+    setTerminated(true);
+    m_state.store(eIdle, std::memory_order_release);
 }
 
 void BxTask::setTerminated(bool terminated)
@@ -30,6 +40,9 @@ void BxTask::setTerminated(bool terminated)
     // No lock while nobody asked for the event. The stores and loads of
     // m_hasRun and m_eventMade are sequentially consistent, so either this
     // call sees the event or its maker sees the new state.
+    // Unchanged (a new task being queued): the event already shows it.
+    if (m_hasRun.load(std::memory_order_relaxed) == terminated)
+        return;
     m_hasRun.store(terminated);
     if (m_eventMade.load())
         syncEvent();
@@ -71,8 +84,11 @@ void BxTask::runClaimed()
         BxTask& task;
         ~SFinish()
         {
-            task.m_state.store(eIdle, std::memory_order_release);
+            // Terminated before idle: whoever queues the task again after
+            // this sees the termination and replaces it.
+            task.m_state.store(eFinishing, std::memory_order_release);
             task.setTerminated(true);
+            task.m_state.store(eIdle, std::memory_order_release);
         }
     } finish{*this};
 
@@ -95,18 +111,16 @@ void BxTask::runClaimed()
 
 bool BxTask::WaitUntilTerminate(DWORD timeoutMs)
 {
-    if (timeoutMs == INFINITE && BxThreadPool::IsPoolThread())
-    {
-        if (claim())
-        {
-            BxThreadPool::runTask(*this);
-            return true;
-        }
-        // Forked tasks are often short: yield a little before blocking, which
-        // costs the pool a compensating worker.
-        for (unsigned i = 0; i < kWaitSpinRounds && IsRunning(); ++i)
-            std::this_thread::yield();
-    }
+    if (m_hasRun.load())
+        return true;
+    if (timeoutMs == 0)
+        return GetTerminationEvent().Wait(0);
+    if (timeoutMs == INFINITE && BxThreadPool::helpWith(*this))
+        return true;
+    // Tasks are often short: yield a little before blocking, which costs a
+    // system call and, on a pool worker, a compensating worker.
+    for (unsigned i = 0; i < kWaitSpinRounds && !m_hasRun.load(); ++i)
+        std::this_thread::yield();
     if (m_hasRun.load())
         return true;
     return GetTerminationEvent().Wait(timeoutMs);

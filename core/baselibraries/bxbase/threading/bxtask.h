@@ -16,14 +16,19 @@
 //
 // State: idle -> queued (AddTask) -> running -> idle again. The termination
 // event is not set while the task waits to run or runs, and set once it has
-// run; a new task is not terminated yet. WaitUntilTerminate on a pool worker
-// with no time-out runs a still queued task right there instead of waiting
-// for it, so fork-join inside pool tasks never waits for a free worker; a
+// run; a new task is not terminated yet.
+//
+// WaitUntilTerminate without a time-out on a pool thread helps: a task still
+// queued is run right there instead of being waited for (see BxThreadPool:
+// never an unrelated task, never while the thread's BxNoHelpScope marker is
+// raised), so fork-join inside pool tasks never waits for a free worker. A
 // task that already runs elsewhere is given a few yields to end before the
-// worker blocks (and the pool compensates, see BxThreadPool).
+// thread blocks (and the pool compensates a blocked worker). Outside the
+// pool the wait yields a few times, then blocks.
 //
 // Locks: m_eventLock guards making the termination event and setting or
-// resetting it; the state, the result and the terminated flag are atomics.
+// resetting it; the state, the result, the terminated flag and the pool
+// priority are atomics.
 #pragma once
 
 #include <bxbase/bxbaseapi.h>
@@ -78,10 +83,12 @@ protected:
 
 private:
     friend class BxThreadPool;
-    enum EState { eIdle, eQueued, eRunning };
+    /// eFinishing: run() has returned and the termination is being marked;
+    /// AddTask waits the moment until it is idle again.
+    enum EState { eIdle, eQueued, eRunning, eFinishing };
     static constexpr unsigned kWaitSpinRounds = 64;
 
-    /// idle -> queued; false when the task is already queued or running.
+    /// idle -> queued (after a finishing run is idle); false when the task is already queued or running.
     bool markQueued();
     /// queued -> idle without running (the pool is shutting down).
     void cancel();
@@ -96,6 +103,7 @@ private:
     void syncEvent() const;
 
     std::atomic<int> m_state{eIdle};
+    std::atomic<int> m_poolPriority{1};           ///< the priority of the last AddTask
     std::atomic<bool> m_result{false};
     std::atomic<bool> m_hasRun{false};           ///< the state the event shows
     mutable std::atomic<bool> m_eventMade{false}; ///< m_terminated exists (set once, under m_eventLock)

@@ -1,5 +1,6 @@
 #include <bxbase/windows/bxwindowtable.h>
 
+#include <bxbase/threading/bxnohelpscope.h>
 #include <bxbase/windows/bxmessagequeue.h>
 
 #include <algorithm>
@@ -144,6 +145,7 @@ void retire(SSlot& slot, std::uint32_t index, std::uint32_t generation, BxMessag
         owned.erase(std::remove(owned.begin(), owned.end(), index), owned.end());
     }
     changeWindowCount(slot.className, -1);
+    BxNoHelpScope::Lower(slot.threadId.load(std::memory_order_relaxed));
     slot.className.clear();
     slot.destroying = false;
     slot.userData.store(0, std::memory_order_relaxed);
@@ -253,6 +255,7 @@ HWND BxWindowTable::Create(LPCWSTR className, LPCWSTR windowName, LPVOID param)
     const std::uint32_t generation = slot.generation.load(std::memory_order_relaxed) + 1; // odd: alive
     slot.generation.store(generation, std::memory_order_release);
     queue.OwnedWindows().push_back(index);
+    BxNoHelpScope::Raise(GetCurrentThreadId()); // a thread with windows waits, never runs others' tasks
 
     HWND hwnd = makeHandle(index, generation);
     CREATESTRUCTW create{param, instance, nullptr, HWND_MESSAGE, CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT,

@@ -7,6 +7,7 @@
 #include <bxbase/bxstreamwriteasciistringt.h>
 #include <bxbase/logging/clogger.h>
 #include <bxbase/threading/bxevent.h>
+#include <bxbase/threading/bxnohelpscope.h>
 #include <bxbase/threading/bxthreadapi.h>
 #include <bxbase/threading/bxtimer.h>
 
@@ -110,7 +111,10 @@ void VoDataManager::requestLock(VoDataHandleBase& handle)
         return;
     }
     BxCriticalSectionLocker locker(m_requestsLock);
-    m_requests[threadId].insert(&handle);
+    auto& requests = m_requests[threadId];
+    if (requests.empty())
+        BxNoHelpScope::Raise(threadId);  // a thread with locks or requests never runs others' tasks in a wait
+    requests.insert(&handle);
 }
 
 void VoDataManager::unrequestLock(VoDataHandleBase& handle)
@@ -120,14 +124,17 @@ void VoDataManager::unrequestLock(VoDataHandleBase& handle)
     if (entry == m_requests.end())
         return;
     entry->second.erase(&handle);
-    if (entry->second.empty())
+    if (entry->second.empty()) {
         m_requests.erase(entry);
+        BxNoHelpScope::Lower(handle.getThreadID());
+    }
 }
 
 void VoDataManager::dropRequests(std::uint32_t threadId)
 {
     BxCriticalSectionLocker locker(m_requestsLock);
-    m_requests.erase(threadId);
+    if (m_requests.erase(threadId) != 0)
+        BxNoHelpScope::Lower(threadId);
 }
 
 void VoDataManager::countGrant(std::uint32_t threadId, VoDataHandleBase& handle)
@@ -137,7 +144,8 @@ void VoDataManager::countGrant(std::uint32_t threadId, VoDataHandleBase& handle)
         m_grants[threadId].insert(&handle);
     }
     BxCriticalSectionLocker locker(m_lockingThreadsLock);
-    ++m_lockingThreads[threadId];
+    if (++m_lockingThreads[threadId] == 1)
+        BxNoHelpScope::Raise(threadId);
 }
 
 void VoDataManager::uncountGrant(std::uint32_t threadId, VoDataHandleBase& handle)
@@ -149,6 +157,7 @@ void VoDataManager::uncountGrant(std::uint32_t threadId, VoDataHandleBase& handl
         const auto locking = m_lockingThreads.find(threadId);
         if (locking != m_lockingThreads.end() && --locking->second == 0) {
             m_lockingThreads.erase(locking);
+            BxNoHelpScope::Lower(threadId);
             lastGrant = true;
         }
     }
@@ -319,7 +328,10 @@ VoDataManager::EAttempt VoDataManager::attemptGrant(std::uint32_t threadId, std:
         }
         {
             BxCriticalSectionLocker locker(m_lockingThreadsLock);
-            m_lockingThreads[threadId] += static_cast<std::uint32_t>(handles.size());
+            std::uint32_t& held = m_lockingThreads[threadId];
+            if (held == 0)
+                BxNoHelpScope::Raise(threadId);
+            held += static_cast<std::uint32_t>(handles.size());
         }
         moveRequestsToGrants(threadId);
         status = eLS_Granted;
@@ -343,6 +355,7 @@ void VoDataManager::moveRequestsToGrants(std::uint32_t threadId)
     }
     if (requests.empty())
         return;
+    BxNoHelpScope::Lower(threadId);
     BxCriticalSectionLocker locker(m_grantsLock);
     const auto grants = m_grants.find(threadId);
     if (grants == m_grants.end())
