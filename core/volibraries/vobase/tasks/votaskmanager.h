@@ -51,12 +51,14 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 class VoGraphNode;
 
 namespace TaskManager {
 class VoTaskGraphProcessing;
+class VoTaskGraphShape;
 }
 
 class VOBASE_API VoTaskManager
@@ -127,10 +129,8 @@ private:
     void updateConnectedComponentIDs(VoGraphNode& from, VoGraphNode& to);
     void setComputationState(VoGraphNode& node, EComputationState state);
     void setBreakEvents(VoGraphNode& node, bool set);
-    void setBreakEvents(const NodeList& component, bool set);
     /// The component marking at the beginning (terminating false) and end of a task.
-    void setTerminatedEvents(const NodeList& component, bool terminating, std::int32_t taskID);
-    void setNextTaskIDConnectedComponent(const NodeList& component);
+    void setTerminatedEvents(TaskManager::VoTaskGraphShape& shape, bool terminating, std::int32_t taskID);
     /// The nodes of the node's connected component (the start node first).
     static NodeList componentNodes(VoGraphNode& node);
     /// Checks the fork-join shape of what is reachable from `node`; returns the
@@ -141,6 +141,13 @@ private:
     VoGraphNode* validateBranch(VoGraphNode& node, bool inBranch);
     void arrive(VoGraphNode& node);
 
+    // Cached shapes.
+    /// The shape of the node's component and the node's index in it, built
+    /// when the component has none. Caller: the data lock.
+    std::pair<std::shared_ptr<TaskManager::VoTaskGraphShape>, std::uint32_t> shapeOf(VoGraphNode& node);
+    /// Forgets the shape of the node's component (before an edit of it). Caller: the data lock.
+    void invalidateShape(VoGraphNode& node);
+
     // Tasks.
     TaskManager::ETaskStatus getTaskStatus(VoGraphNode& node);
     TaskManager::ETaskStatus getTaskStatusLocked(std::int32_t taskID) const;
@@ -148,9 +155,10 @@ private:
     /// Drops the controls of a task ID (never those of -1). Called by callers
     /// under the data lock and by pool threads with the critical section only.
     void setTaskTerminated(std::int32_t taskID);
-    /// Called by a root task once its predecessor ended: sets its started-event
-    /// and, unless the task was stopped meanwhile, clears the component's
-    /// break events. Returns false when it was stopped.
+    /// Called by a root task once its predecessor ended: marks the component
+    /// pending (terminated events reset), sets its started-event and, unless
+    /// the task was stopped meanwhile, clears the component's break events.
+    /// Returns false when it was stopped.
     bool beginTask(TaskManager::VoTaskGraphProcessing& task);
     void initializeWorkItems(VoGraphNode& node);
     /// The critical section of the task-control map.
@@ -161,6 +169,8 @@ private:
     void reset();
 
     bool logs(Logging::ELogLevel level) const;
+    /// True when an interceptor is registered (so that a context is worth building).
+    bool hasInterceptors() const;
 
     std::unique_ptr<SImpl> m_impl;
 };
