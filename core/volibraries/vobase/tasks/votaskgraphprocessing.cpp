@@ -58,9 +58,9 @@ VoGraphNode* VoTaskGraphProcessing::GetStopNode() const noexcept
 
 void VoTaskGraphProcessing::dispatchAfterRun()
 {
-    m_timer.Stop();
     if (!m_manager->hasInterceptors())
         return;
+    m_timer.Stop();
     try
     {
         m_manager->dispatch(&IInterceptorTaskManager::OnAfterRun,
@@ -183,8 +183,10 @@ VoTaskGraphProcessing& VoTaskGraphProcessing::child(BxSmartPointer<VoTaskGraphPr
 
 // Every branch becomes a child task. All but the last go to the pool; the
 // last runs right here, which saves it the trip through the pool and keeps
-// this thread busy. Then the children are waited for in order (on a pool
-// thread a child still queued runs right here too). They must all have
+// this thread busy. Then every child is waited for (on a pool thread a child
+// still queued runs right here), the newest first: those are the ones this
+// thread most likely runs itself, while idle workers take the oldest. Only
+// then are their stop nodes compared, in array order: they must all have
 // stopped at the same join; when one of them ended before reaching it (a
 // break, an item that was not ready or failed), the join is not run.
 std::uint32_t VoTaskGraphProcessing::fork(std::uint32_t index, bool& ok)
@@ -206,11 +208,13 @@ std::uint32_t VoTaskGraphProcessing::fork(std::uint32_t index, bool& ok)
     }
     runInline(child(children[last], successors[last]));
 
+    for (std::size_t i = last; i-- > 0;)
+        children[i]->WaitUntilTerminate(INFINITE);
+
     std::uint32_t join = VoTaskGraphShape::kNone;
     bool reached = true;
     for (std::size_t i = 0; i < successors.size(); ++i)
     {
-        children[i]->WaitUntilTerminate(INFINITE);
         const std::uint32_t stop = children[i]->m_stop.load(std::memory_order_acquire);
         if (stop == VoTaskGraphShape::kNone)
         {

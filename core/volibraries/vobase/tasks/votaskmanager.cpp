@@ -326,7 +326,8 @@ void VoTaskManager::setTerminatedEvents(VoTaskGraphShape& shape, bool terminatin
             continue;
         }
         EComputationState scheduled = eCS_Scheduled;
-        if (std::atomic_ref<std::int32_t>(*entry.taskID).load(std::memory_order_acquire) == taskID)
+        if (s.computationState.load(std::memory_order_acquire) == eCS_Scheduled &&
+            std::atomic_ref<std::int32_t>(*entry.taskID).load(std::memory_order_acquire) == taskID)
             s.computationState.compare_exchange_strong(scheduled, eCS_Aborted);
         s.running.store(0, std::memory_order_release);
         s.terminatedEvent.Set();
