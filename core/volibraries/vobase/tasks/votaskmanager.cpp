@@ -734,7 +734,9 @@ void VoTaskManager::Start(const char* name, EPriority priority)
         [&shape, id](std::uint32_t i) {
             std::atomic_ref<std::int32_t>(*shape->Entry(i).taskID).store(id, std::memory_order_release);
         },
-        [&shape](std::uint32_t i) { shape->Entry(i).status->computationState.store(eCS_Scheduled); });
+        [&shape](std::uint32_t i) {
+            shape->Entry(i).status->computationState.store(eCS_Scheduled, std::memory_order_release);
+        });
     m_impl->nextTaskID = id == kLastTaskID ? 0 : id + 1;
     BxThreadPool::GetInstance().AddTask(task, poolPriority);
 }

@@ -24,12 +24,23 @@
 // the new task waits for it before it begins. The graph of a component may
 // only be edited while its component is idle.
 //
+// Each connected component that was started keeps its shape (a
+// TaskManager::VoTaskGraphShape: its nodes in order with their slots,
+// successors, predecessor counts and which start nodes passed validation)
+// until an edit touches it: Add, Remove, AddDependency, RemoveDependency and
+// Reset drop the shapes of the components they change, and the next Start
+// builds a new one. Starting an unchanged component is one pass over that
+// array, and its walk indexes it.
+//
 // Locks: every public operation holds a write lock on the root node of the
 // manager's private data manager (so graph edits, queries and dumps are
-// serialised); inside it, and only inside it or alone, the critical section
-// of the task-control map. Pool threads never take the data lock: they touch
-// only the nodes of their own component, which is not edited while it is
-// busy, and the task-control map under its critical section.
+// serialised; the table of shapes is guarded by it too); inside it, and only
+// inside it or alone, the critical section of the task-control map. Pool
+// threads never take the data lock: they touch only the nodes (and the
+// shape) of their own component, which is not edited while it is busy, and
+// the task-control map under its critical section. A thread outside the pool
+// that waits for a task watches it for a few microseconds, yielding its
+// core, before it blocks; it never runs graph work.
 #pragma once
 
 #include <vobase/tasks/etaskstatus.h>
