@@ -126,6 +126,7 @@
 #include <vobase/tasks/votaskfinalizertasklf.h>
 #include <vobase/tasks/votaskfinalizertaskt.h>
 #include <vobase/tasks/votaskgraphprocessing.h>
+#include <vobase/tasks/votaskgraphshape.h>
 #include <vobase/tasks/votaskmanager.h>
 #include <vobase/tasks/votaskmanagerlist.h>
 #include <vobase/tasks/votaskmanagerpooling.h>

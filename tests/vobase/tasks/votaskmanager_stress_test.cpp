@@ -6,8 +6,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdlib>
+#include <memory>
 #include <random>
 #include <string>
 #include <thread>
@@ -173,4 +175,147 @@ TEST(VoTaskManagerStress, NestedForkJoinDeeperThanThePoolCompletes)
     EXPECT_EQ(arrived.load(), leaves);
     for (int k = 0; k <= depth; ++k)
         EXPECT_EQ(manager.GetStatus(name("J", k).c_str()), ITM::eCS_Computed) << k;
+}
+
+namespace {
+
+/// Counts the runs of each of its items.
+class CCounters
+{
+public:
+    explicit CCounters(std::size_t count) : m_runs(count) {}
+    BxSmartPointer<IWorkItem> Item(std::size_t i)
+    {
+        return item([this, i](TaskManager::SWorkItemStatus&) { ++m_runs[i]; });
+    }
+    long Runs(std::size_t i) const { return m_runs[i].load(); }
+
+private:
+    std::vector<std::atomic<long>> m_runs;
+};
+
+/// A fork of four branches, two of which fork again, all meeting at "end":
+///   root -> b0 .. b3;  b1 -> c0, c1 -> m1;  b2 -> c2, c3 -> m2;  b0, m1, m2, b3 -> end
+/// Returns the item names in counter order.
+std::vector<std::string> addNestedForks(VoTaskManager& manager, CCounters& counters)
+{
+    const std::vector<std::string> names = {"root", "b0", "b1", "b2", "b3", "c0", "c1",
+                                            "c2",   "c3", "m1", "m2", "end"};
+    for (std::size_t i = 0; i < names.size(); ++i)
+        manager.Add(names[i].c_str(), counters.Item(i));
+    const std::vector<std::pair<const char*, const char*>> edges = {
+        {"root", "b0"}, {"root", "b1"}, {"root", "b2"}, {"root", "b3"}, {"b1", "c0"}, {"b1", "c1"},
+        {"c0", "m1"},   {"c1", "m1"},   {"b2", "c2"},   {"b2", "c3"},   {"c2", "m2"}, {"c3", "m2"},
+        {"b0", "end"},  {"m1", "end"},  {"m2", "end"},  {"b3", "end"}};
+    for (const auto& [from, to] : edges)
+        manager.AddDependency(from, to);
+    return names;
+}
+
+}  // namespace
+
+// Pool threads that start a component and wait for it may run its work
+// themselves while they wait; no item may run twice or be skipped for that.
+// Two drivers run on the pool (each an item of an outer manager) and one on
+// this thread, each restarting its own inner component many times.
+TEST(VoTaskManagerStress, WaitingPoolThreadsRunEveryItemOncePerStart)
+{
+    CWatchdog watchdog(300000);
+    constexpr int kStarts = 300;
+    struct SInner
+    {
+        VoTaskManager manager;
+        CCounters counters{12};
+        std::vector<std::string> names;
+    };
+    std::vector<std::unique_ptr<SInner>> inner;
+    for (int i = 0; i < 3; ++i)
+    {
+        inner.push_back(std::make_unique<SInner>());
+        inner.back()->names = addNestedForks(inner.back()->manager, inner.back()->counters);
+    }
+    auto drive = [](SInner& component) {
+        for (int k = 0; k < kStarts; ++k)
+        {
+            component.manager.Start("root", ITM::eP_Normal);
+            component.manager.WaitUntilTerminate("end");
+        }
+    };
+    VoTaskManager outer;
+    outer.Add("driver0", item([&](TaskManager::SWorkItemStatus&) { drive(*inner[0]); }));
+    outer.Add("driver1", item([&](TaskManager::SWorkItemStatus&) { drive(*inner[1]); }));
+    outer.Start("driver0", ITM::eP_Normal);
+    outer.Start("driver1", ITM::eP_High);
+    drive(*inner[2]);
+    outer.WaitUntilTerminate();
+
+    EXPECT_EQ(outer.GetStatus("driver0"), ITM::eCS_Computed);
+    EXPECT_EQ(outer.GetStatus("driver1"), ITM::eCS_Computed);
+    for (const auto& component : inner)
+        for (std::size_t i = 0; i < component->names.size(); ++i)
+        {
+            EXPECT_EQ(component->counters.Runs(i), kStarts) << component->names[i];
+            EXPECT_EQ(component->manager.GetStatus(component->names[i].c_str()), ITM::eCS_Computed);
+        }
+}
+
+// A component stopped while two of its branches run: the old walk ends
+// without running another item (neither the join nor what follows it), and
+// the new task, which waits for the old one, then runs every item once.
+TEST(VoTaskManagerStress, AStoppedForkEndsItsWalkAndTheRestartRunsEachItemOnce)
+{
+    CWatchdog watchdog(120000);
+    VoTaskManager manager;
+    BxSmartPointer<CCapturingLogger> log(new CCapturingLogger);
+    manager.SetLogger(log);
+    CJournal journal;
+    BxEvent firstEntered, secondEntered;
+    std::atomic<int> gateRuns{0};
+    // The first run of each gate blocks until its break event is set.
+    auto gate = [&](const std::string& name, BxEvent entered) {
+        return item([&, name, entered](TaskManager::SWorkItemStatus& status) mutable {
+            journal.Note(name);
+            if (++gateRuns <= 2)
+            {
+                entered.Set();
+                status.breakEvent.Wait(INFINITE);
+            }
+        });
+    };
+    manager.Add("F", journal.Item("F"));
+    manager.Add("G1", gate("G1", firstEntered));
+    manager.Add("G2", gate("G2", secondEntered));
+    manager.Add("J", journal.Item("J"));
+    manager.Add("T", journal.Item("T"));
+    manager.AddDependency("F", "G1");
+    manager.AddDependency("F", "G2");
+    manager.AddDependency("G1", "J");
+    manager.AddDependency("G2", "J");
+    manager.AddDependency("J", "T");
+
+    manager.Start("F", ITM::eP_Normal);
+    firstEntered.Wait(INFINITE);
+    secondEntered.Wait(INFINITE);  // both branches run at once
+    manager.Start("F", ITM::eP_Normal);  // stops task 0 and waits for it
+    manager.WaitUntilTerminate("T");
+
+    std::vector<std::string> names = journal.Names();
+    ASSERT_EQ(names.size(), 8u);
+    // Task 0: F and both gates, in either order; task 1: F, the gates, J, T.
+    EXPECT_EQ(names[0], "F");
+    EXPECT_EQ(names[3], "F");
+    EXPECT_EQ(names[6], "J");
+    EXPECT_EQ(names[7], "T");
+    std::sort(names.begin() + 1, names.begin() + 3);
+    std::sort(names.begin() + 4, names.begin() + 6);
+    EXPECT_EQ(names, (std::vector<std::string>{"F", "G1", "G2", "F", "G1", "G2", "J", "T"}));
+    EXPECT_TRUE(log->Has(L"Stopping automatically (Task 0) F"));
+    EXPECT_TRUE(log->Has(L"Abort (ID 0) G1"));
+    EXPECT_TRUE(log->Has(L"Abort (ID 0) G2"));
+    EXPECT_FALSE(log->Has(L"Running (ID 0) J"));
+    EXPECT_TRUE(log->Has(L"Running (ID 1) J"));
+    EXPECT_TRUE(log->Has(L"End regular task (ID 1)"));
+    for (const char* name : {"F", "G1", "G2", "J", "T"})
+        EXPECT_EQ(manager.GetStatus(name), ITM::eCS_Computed) << name;
+    EXPECT_EQ(manager.GetTaskStatus("F"), TaskManager::eTS_Idle);
 }

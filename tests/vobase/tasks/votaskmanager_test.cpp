@@ -314,6 +314,103 @@ TEST(VoTaskManager, MalformedForkJoinShapesAreRefusedBeforeAnyTask)
     EXPECT_EQ(cyclic.GetTaskStatus("X"), TaskManager::eTS_Idle);
 }
 
+// The component's shape is kept between starts and rebuilt after every edit:
+// each start below follows the graph as it is now.
+TEST(VoTaskManager, EditsBetweenStartsAreFollowedByTheNextStart)
+{
+    VoTaskManager manager;
+    CJournal journal;
+    for (const char* name : {"A", "B", "C", "D"})
+        manager.Add(name, journal.Item(name));
+    manager.AddDependency("A", "B");
+    manager.AddDependency("B", "C");
+    auto run = [&](const char* start, const char* last) {
+        const std::size_t before = journal.Names().size();
+        manager.Start(start, ITM::eP_Normal);
+        manager.WaitUntilTerminate(last);
+        const std::vector<std::string> names = journal.Names();
+        return std::vector<std::string>(names.begin() + static_cast<std::ptrdiff_t>(before), names.end());
+    };
+    using Names = std::vector<std::string>;
+    EXPECT_EQ(run("A", "C"), (Names{"A", "B", "C"}));
+    EXPECT_EQ(run("A", "C"), (Names{"A", "B", "C"}));  // from the cached shape
+
+    manager.AddDependency("C", "D");  // grows the chain
+    EXPECT_EQ(run("A", "D"), (Names{"A", "B", "C", "D"}));
+    EXPECT_EQ(manager.GetTaskID("D"), manager.GetTaskID("A"));
+
+    manager.Remove("B");  // splits it: A alone, C -> D
+    const std::int32_t idOfC = manager.GetTaskID("C");
+    EXPECT_EQ(run("A", "A"), (Names{"A"}));
+    EXPECT_EQ(manager.GetTaskID("C"), idOfC);  // another component now
+    EXPECT_EQ(manager.GetStatus("C"), ITM::eCS_Computed);
+    EXPECT_EQ(run("C", "D"), (Names{"C", "D"}));
+
+    // A fork-join: A -> C, A -> D, both -> J; J runs last and once.
+    manager.RemoveDependency("C", "D");
+    manager.Add("J", journal.Item("J"));
+    manager.AddDependency("A", "C");
+    manager.AddDependency("A", "D");
+    manager.AddDependency("C", "J");
+    manager.AddDependency("D", "J");
+    Names names = run("A", "J");
+    ASSERT_EQ(names.size(), 4u);
+    EXPECT_EQ(names.front(), "A");
+    EXPECT_EQ(names.back(), "J");
+    std::sort(names.begin() + 1, names.end() - 1);
+    EXPECT_EQ(names[1], "C");
+    EXPECT_EQ(names[2], "D");
+    for (const char* name : {"A", "C", "D", "J"})
+        EXPECT_EQ(manager.GetStatus(name), ITM::eCS_Computed) << name;
+
+    // An edit that breaks the shape is refused at the next start, one that
+    // mends it is accepted again; the validation is not taken from before.
+    manager.Add("K", journal.Item("K"));
+    manager.AddDependency("C", "K");  // C's branch ends at the end of the graph, D's at J
+    const std::size_t before = journal.Names().size();
+    EXPECT_THROW(manager.Start("A", ITM::eP_Normal), BxException);
+    EXPECT_EQ(journal.Names().size(), before);
+    EXPECT_EQ(manager.GetStatus("K"), ITM::eCS_NotComputed);
+    EXPECT_EQ(run("K", "K"), (Names{"K"}));  // another start node of that component is fine
+    manager.RemoveDependency("C", "K");
+    names = run("A", "J");
+    EXPECT_EQ(names.size(), 4u);
+    EXPECT_EQ(names.back(), "J");
+    EXPECT_EQ(manager.GetStatus("K"), ITM::eCS_Computed);  // not reached: left as it was
+
+    // After a reset the same names build new shapes.
+    manager.Reset();
+    manager.Add("A", journal.Item("A2"));
+    manager.Add("B", journal.Item("B2"));
+    manager.AddDependency("B", "A");
+    EXPECT_EQ(run("B", "A"), (Names{"B2", "A2"}));
+}
+
+// Validation is kept per start node: a start node whose reachable part is
+// malformed is refused every time, while another start node of the same
+// component runs.
+TEST(VoTaskManager, ValidationIsKeptPerStartNode)
+{
+    VoTaskManager manager;
+    for (const char* name : {"S", "A", "B", "J1", "J2", "X", "Y"})
+        manager.Add(name, item());
+    manager.AddDependency("S", "A");
+    manager.AddDependency("S", "B");
+    manager.AddDependency("A", "J1");
+    manager.AddDependency("B", "J2");
+    manager.AddDependency("X", "J1");
+    manager.AddDependency("Y", "J2");
+    for (int round = 0; round < 2; ++round)
+    {
+        EXPECT_THROW(manager.Start("S", ITM::eP_Normal), BxException);
+        EXPECT_EQ(manager.GetStatus("S"), ITM::eCS_NotComputed);  // the refused start scheduled nothing
+        manager.Start("A", ITM::eP_Normal);
+        manager.WaitUntilTerminate("J1");
+        EXPECT_EQ(manager.GetStatus("J1"), ITM::eCS_Computed);
+        EXPECT_EQ(manager.GetStatus("B"), ITM::eCS_NotComputed);
+    }
+}
+
 TEST(VoTaskManager, NotReadyAbortsAndExceptionsFailTheComponent)
 {
     VoTaskManager manager;

@@ -1,13 +1,14 @@
 #include <vobase/tasks/votaskgraphprocessing.h>
 
 #include <vobase/graphs/vographnode.h>
+#include <vobase/tasks/votaskgraphshape.h>
 #include <vobase/tasks/votaskmanager.h>
 
 #include <bxbase/bxexception.h>
 #include <bxbase/threading/bxcriticalsection.h>
 #include <bxbase/threading/bxthreadpool.h>
 
-#include <vector>
+#include <utility>
 
 namespace TaskManager {
 
@@ -26,14 +27,49 @@ constexpr const char* kSource = "core/volibraries/vobase/votaskmanager";
             log_.method(kSource, __LINE__, function, __VA_ARGS__);     \
     } while (false)
 
-VoTaskGraphProcessing::VoTaskGraphProcessing(VoTaskManager& manager, VoGraphNode& node, std::int32_t taskID,
-                                             const BxEvent* startedEvent, BxSmartPointer<BxTask> predecessor,
-                                             int priority)
-    : m_manager(&manager), m_node(&node), m_taskID(taskID), m_predecessor(std::move(predecessor)),
+VoTaskGraphProcessing::VoTaskGraphProcessing(VoTaskManager& manager, std::shared_ptr<VoTaskGraphShape> shape,
+                                             std::uint32_t start, std::int32_t taskID, const BxEvent& startedEvent,
+                                             BxSmartPointer<BxTask> predecessor, int priority)
+    : m_manager(&manager), m_ownedShape(std::move(shape)), m_shape(m_ownedShape.get()), m_start(start),
+      m_stop(VoTaskGraphShape::kNone), m_taskID(taskID), m_startedEvent(startedEvent),
+      m_predecessor(std::move(predecessor)), m_priority(priority)
+{
+}
+
+VoTaskGraphProcessing::VoTaskGraphProcessing(VoTaskManager& manager, VoTaskGraphShape& shape, std::uint32_t start,
+                                             std::int32_t taskID, int priority)
+    : m_manager(&manager), m_shape(&shape), m_start(start), m_stop(VoTaskGraphShape::kNone), m_taskID(taskID),
       m_priority(priority)
 {
-    if (startedEvent != nullptr)
-        m_startedEvent.emplace(*startedEvent);
+}
+
+VoTaskGraphProcessing::~VoTaskGraphProcessing() = default;
+
+VoGraphNode& VoTaskGraphProcessing::GetStartNode() const noexcept
+{
+    return *m_shape->Entry(m_start).node;
+}
+
+VoGraphNode* VoTaskGraphProcessing::GetStopNode() const noexcept
+{
+    const std::uint32_t stop = m_stop.load(std::memory_order_acquire);
+    return stop == VoTaskGraphShape::kNone ? nullptr : m_shape->Entry(stop).node;
+}
+
+void VoTaskGraphProcessing::dispatchAfterRun()
+{
+    if (!m_manager->hasInterceptors())
+        return;
+    m_timer.Stop();
+    try
+    {
+        m_manager->dispatch(&IInterceptorTaskManager::OnAfterRun,
+                            CContextAfterRun(*m_manager, GetStartNode().GetName(), m_timer.GetElapsed()));
+    }
+    catch (...)
+    {
+        // An interceptor's failure must not turn the run into a failure.
+    }
 }
 
 BxCheckReturn<bool, BxCheckReturnPolicyAssert> VoTaskGraphProcessing::run()
@@ -43,20 +79,7 @@ BxCheckReturn<bool, BxCheckReturnPolicyAssert> VoTaskGraphProcessing::run()
     struct SAfterRun
     {
         VoTaskGraphProcessing& task;
-        ~SAfterRun()
-        {
-            task.m_timer.Stop();
-            try
-            {
-                task.m_manager->dispatch(&IInterceptorTaskManager::OnAfterRun,
-                                         CContextAfterRun(*task.m_manager, task.m_node->GetName(),
-                                                          task.m_timer.GetElapsed()));
-            }
-            catch (...)
-            {
-                // An interceptor's failure must not turn the run into a failure.
-            }
-        }
+        ~SAfterRun() { task.dispatchAfterRun(); }
     } afterRun{*this};
 
     if (IsRoot())
@@ -69,113 +92,140 @@ BxCheckReturn<bool, BxCheckReturnPolicyAssert> VoTaskGraphProcessing::run()
         if (predecessor && !predecessor->WaitUntilTerminate(INFINITE))
             return false;
         predecessor.reset();
-        m_manager->setTerminatedEvents(m_component, false, m_taskID);
         m_manager->beginTask(*this);
-        m_manager->initializeWorkItems(*m_node);
+        m_manager->initializeWorkItems(GetStartNode());
     }
     return walk();
 }
 
 bool VoTaskGraphProcessing::walk()
 {
-    VoGraphNode* node = m_node;
+    std::uint32_t index = m_start;
     bool forkedJoin = false;  // the forking task runs the join its children met at
-    while (node != nullptr)
+    for (;;)
     {
-        if (!IsRoot() && !forkedJoin && node->GetIncomingConnections().GetCount() > 1)
+        const VoTaskGraphShape::SEntry& entry = m_shape->Entry(index);
+        if (!forkedJoin && entry.predecessorCount > 1 && !IsRoot())
         {
-            m_stopNode = node;
+            m_stop.store(index, std::memory_order_release);
             return true;
         }
         forkedJoin = false;
-        if (!process(*node))
+        if (!process(index))
             return true;
-        const VoGraphConnectionList& successors = node->GetOutgoingConnections();
-        if (successors.IsEmpty())
+        if (entry.successorCount == 0)
             return true;
-        if (successors.GetCount() == 1)
+        if (entry.successorCount == 1)
         {
-            node = successors[0]->GetNode(VoGraphConnection::eNT_Target);
+            index = m_shape->Successors(index)[0];
             continue;
         }
         bool ok = true;
-        node = fork(*node, ok);
+        index = fork(index, ok);
         if (!ok)
             return false;
+        if (index == VoTaskGraphShape::kNone)
+            return true;
         forkedJoin = true;
     }
-    return true;
 }
 
-bool VoTaskGraphProcessing::process(VoGraphNode& node)
+bool VoTaskGraphProcessing::process(std::uint32_t index)
 {
-    SWorkItemStatus& status = m_manager->status(node);
+    const VoTaskGraphShape::SEntry& entry = m_shape->Entry(index);
+    SWorkItemStatus& status = *entry.status;
     if (status.breakEvent.IsSet())
     {
         status.terminatedEvent.Set();
         return false;
     }
-    BxSmartPointer<IWorkItem> item = m_manager->workItem(node);
-    item->Prepare(node);
-    if (!item->IsReady())
+    IWorkItem& item = *entry.item;
+    item.Prepare(*entry.node);
+    if (!item.IsReady())
     {
         VO_TASK_LOG(Logging::eLL_Warn, Warn, "VoTaskGraphProcessing::run", L"WorkItem not ready -> abort (ID %d) %S",
-                    m_taskID, node.GetName().c_str());
+                    m_taskID, entry.node->GetName().c_str());
         status.computationState.store(ITaskManager::eCS_Aborted);
         return false;
     }
-    status.running.store(1);
+    status.running.store(1, std::memory_order_release);
     VO_TASK_LOG(Logging::eLL_Info, Info, "VoTaskGraphProcessing::run", L"Running (ID %d) %S", m_taskID,
-                node.GetName().c_str());
-    item->Run(status);
-    status.running.store(0);
+                entry.node->GetName().c_str());
+    item.Run(status);
+    status.running.store(0, std::memory_order_release);
     status.terminatedEvent.Set();
     if (status.breakEvent.IsSet())
     {
         VO_TASK_LOG(Logging::eLL_Info, Info, "VoTaskGraphProcessing::run", L"Abort (ID %d) %S", m_taskID,
-                    node.GetName().c_str());
+                    entry.node->GetName().c_str());
         return false;
     }
-    status.computationState.store(ITaskManager::eCS_Computed);
+    status.computationState.store(ITaskManager::eCS_Computed, std::memory_order_release);
     return true;
+}
+
+// A child from an earlier run of the component is idle again: its forking
+// task waited for it. It is re-armed in place; a slot still empty gets a new
+// child.
+VoTaskGraphProcessing& VoTaskGraphProcessing::child(BxSmartPointer<VoTaskGraphProcessing>& slot,
+                                                    std::uint32_t start)
+{
+    if (!slot || slot->IsQueued() || slot->IsRunning())
+        slot = BxSmartPointer<VoTaskGraphProcessing>(
+            new VoTaskGraphProcessing(*m_manager, *m_shape, start, m_taskID, m_priority));
+    VoTaskGraphProcessing& task = *slot;
+    task.m_start = start;
+    task.m_stop.store(VoTaskGraphShape::kNone, std::memory_order_relaxed);
+    task.m_taskID = m_taskID;
+    task.m_priority = m_priority;
+    return task;
 }
 
 // Every branch becomes a child task. All but the last go to the pool; the
 // last runs right here, which saves it the trip through the pool and keeps
-// this thread busy. Then the children are waited for in order (a child still
-// queued runs right here too). They must all have stopped at the same join;
-// when one of them ended before reaching it (a break, an item that was not
-// ready or failed), the join is not run.
-VoGraphNode* VoTaskGraphProcessing::fork(VoGraphNode& node, bool& ok)
+// this thread busy. Then every child is waited for (on a pool thread a child
+// still queued runs right here), the newest first: those are the ones this
+// thread most likely runs itself, while idle workers take the oldest. Only
+// then are their stop nodes compared, in array order: they must all have
+// stopped at the same join; when one of them ended before reaching it (a
+// break, an item that was not ready or failed), the join is not run.
+std::uint32_t VoTaskGraphProcessing::fork(std::uint32_t index, bool& ok)
 {
-    const VoGraphConnectionList& successors = node.GetOutgoingConnections();
-    std::vector<BxSmartPointer<VoTaskGraphProcessing>> children;
-    children.reserve(successors.GetCount());
+    const std::span<const std::uint32_t> successors = m_shape->Successors(index);
+    const std::span<BxSmartPointer<VoTaskGraphProcessing>> children = m_shape->Children(index);
+    const std::size_t last = successors.size() - 1;
     BxThreadPool& pool = BxThreadPool::GetInstance();
-    for (const auto& connection : successors)
+    for (std::size_t i = 0; i < last; ++i)
     {
-        if (!children.empty())
-            pool.AddTask(children.back(), m_priority);
-        children.emplace_back(new VoTaskGraphProcessing(*m_manager, *connection->GetNode(VoGraphConnection::eNT_Target),
-                                                        m_taskID, nullptr, BxSmartPointer<BxTask>(), m_priority));
+        child(children[i], successors[i]);
+        if (!pool.AddTask(children[i], m_priority))
+        {
+            // The pool still holds the old child: this run gets a new one.
+            children[i].reset();
+            child(children[i], successors[i]);
+            pool.AddTask(children[i], m_priority);
+        }
     }
-    runInline(*children.back());
-    VoGraphNode* join = nullptr;
-    bool reached = true;
-    for (std::size_t i = 0; i < children.size(); ++i)
-    {
+    runInline(child(children[last], successors[last]));
+
+    for (std::size_t i = last; i-- > 0;)
         children[i]->WaitUntilTerminate(INFINITE);
-        VoGraphNode* stop = children[i]->GetStopNode();
-        if (stop == nullptr)
+
+    std::uint32_t join = VoTaskGraphShape::kNone;
+    bool reached = true;
+    for (std::size_t i = 0; i < successors.size(); ++i)
+    {
+        const std::uint32_t stop = children[i]->m_stop.load(std::memory_order_acquire);
+        if (stop == VoTaskGraphShape::kNone)
         {
             reached = false;
             continue;
         }
-        if (join != nullptr && stop != join)
+        if (join != VoTaskGraphShape::kNone && stop != join)
             ok = false;
         join = stop;
     }
-    return reached ? join : nullptr;
+    return reached ? join : VoTaskGraphShape::kNone;
 }
 
 void VoTaskGraphProcessing::runInline(VoTaskGraphProcessing& child)
@@ -193,7 +243,7 @@ void VoTaskGraphProcessing::runInline(VoTaskGraphProcessing& child)
 
 void VoTaskGraphProcessing::finish()
 {
-    m_manager->setTerminatedEvents(m_component, true, m_taskID);
+    m_manager->setTerminatedEvents(*m_shape, true, m_taskID);
     VO_TASK_LOG(Logging::eLL_Info, Info, "VoTaskGraphProcessing::onAfterRun", L"End regular task (ID %d)", m_taskID);
     // Last: from here on the component counts as idle and the manager may go.
     m_manager->setTaskTerminated(m_taskID);
@@ -207,12 +257,13 @@ void VoTaskGraphProcessing::onAfterRun()
 
 void VoTaskGraphProcessing::onException(const std::exception& exception)
 {
-    m_manager->setComputationState(*m_node, ITaskManager::eCS_Failed);
+    VoGraphNode& start = GetStartNode();
+    m_manager->setComputationState(start, ITaskManager::eCS_Failed);
     VO_TASK_LOG(Logging::eLL_Error, Error, "VoTaskGraphProcessing::onException", L"Exception in work item '%S' (ID %d)",
-                m_node->GetName().c_str(), m_taskID);
+                start.GetName().c_str(), m_taskID);
     if (!IsRoot())
         throw BxException(__FILE__, __LINE__, "VoTaskGraphProcessing::onException", std::string(exception.what()));
-    m_manager->setTerminatedEvents(m_component, true, m_taskID);
+    m_manager->setTerminatedEvents(*m_shape, true, m_taskID);
     m_manager->setTaskTerminated(m_taskID);
 }
 

@@ -1,12 +1,13 @@
 // The pool task that walks a task manager's graph: it runs the work item of
 // its start node and then, node by node, the items that depend on it. At a
-// fork it hands every branch to a child task of its own and waits for them;
-// a child stops at the join where the branches meet and the forking task
-// runs the join and goes on. Only VoTaskManager creates these tasks.
+// fork it hands every branch but the last to a child task of its own, runs
+// the last branch itself and waits for the others; a child stops at the join
+// where the branches meet and the forking task runs the join and goes on.
+// Only VoTaskManager creates these tasks.
 //
-//   // inside VoTaskManager::Start:
+//   // inside VoTaskManager::Start, with the component's cached shape:
 //   BxSmartPointer<VoTaskGraphProcessing> task(
-//       new VoTaskGraphProcessing(*this, node, id, &controls.startedEvent, predecessor, 1));
+//       new VoTaskGraphProcessing(*this, shape, startIndex, id, &controls.startedEvent, predecessor, 1));
 //   BxThreadPool::GetInstance().AddTask(task, 1);
 //
 // The root task (the one Start creates) first waits for its predecessor (the
@@ -14,9 +15,16 @@
 // event and walks; at its end it drops its controls and marks the component
 // terminated. A child task has no started event and no predecessor.
 //
-// Fields are set at construction and read by the task's own thread, except
-// the predecessor, which the manager's task-control critical section guards
-// (other threads ask whether it still runs).
+// The walk works on the component's VoTaskGraphShape: a node is an index,
+// its item, status and successors are read from the shape's arrays. The
+// children of a fork live in the shape's child slots and are reused by the
+// next run of the component (a child is idle again once its forking task has
+// waited for it), so a run allocates no task per fork once the component ran.
+//
+// Fields are set before the task is queued and read by the task's own
+// thread, except the predecessor, which the manager's task-control critical
+// section guards (other threads ask whether it still runs), and the stop
+// index, which the forking task reads after waiting for the child.
 #pragma once
 
 #include <vobase/vobaseapi.h>
@@ -26,28 +34,34 @@
 #include <bxbase/threading/bxtask.h>
 #include <bxbase/threading/bxtimer.h>
 
+#include <atomic>
 #include <cstdint>
+#include <memory>
 #include <optional>
-#include <vector>
 
 class VoGraphNode;
 class VoTaskManager;
 
 namespace TaskManager {
 
+class VoTaskGraphShape;
+
 /// The pool task that walks a task manager's graph: it runs the work item of its start node and then, node by
 /// node, the items that depend on it.
 class VOBASE_API VoTaskGraphProcessing : public BxTask
 {
 public:
-    /// startedEvent: a copy of the controls' started event for the root task, null for a child.
-    VoTaskGraphProcessing(VoTaskManager& manager, VoGraphNode& node, std::int32_t taskID,
-                          const BxEvent* startedEvent, BxSmartPointer<BxTask> predecessor, int priority);
+    /// A root task walking `shape` from the node at `start`; startedEvent is
+    /// a copy of the controls' started event.
+    VoTaskGraphProcessing(VoTaskManager& manager, std::shared_ptr<VoTaskGraphShape> shape, std::uint32_t start,
+                          std::int32_t taskID, const BxEvent& startedEvent, BxSmartPointer<BxTask> predecessor,
+                          int priority);
+    ~VoTaskGraphProcessing() override;
 
     /// The node the walk starts at.
-    VoGraphNode& GetStartNode() const noexcept { return *m_node; }
+    VoGraphNode& GetStartNode() const noexcept;
     /// The join at which a child stopped, or null.
-    VoGraphNode* GetStopNode() const noexcept { return m_stopNode; }
+    VoGraphNode* GetStopNode() const noexcept;
     std::int32_t GetTaskID() const noexcept { return m_taskID; }
     /// True for the task that Start created.
     bool IsRoot() const noexcept { return m_startedEvent.has_value(); }
@@ -60,29 +74,37 @@ protected:
 private:
     friend class ::VoTaskManager;
 
-    /// Walks from m_node; true when the walk completed.
+    /// A fork child walking `shape` from `start` (made by its forking task).
+    VoTaskGraphProcessing(VoTaskManager& manager, VoTaskGraphShape& shape, std::uint32_t start,
+                          std::int32_t taskID, int priority);
+
+    /// Walks from m_start; true when the walk completed.
     bool walk();
     /// Runs one node's item; false when the walk ends here.
-    bool process(VoGraphNode& node);
-    /// Forks one child per successor, waits for them and returns the common join (or null).
-    /// `ok` becomes false when the children disagree about the join.
-    VoGraphNode* fork(VoGraphNode& node, bool& ok);
+    bool process(std::uint32_t index);
+    /// Forks one child per successor, runs the last one here, waits for the
+    /// others and returns the common join (or kNone). `ok` becomes false when
+    /// the children disagree about the join.
+    std::uint32_t fork(std::uint32_t index, bool& ok);
+    /// The child in `slot`, made or re-armed to walk from `start`.
+    VoTaskGraphProcessing& child(BxSmartPointer<VoTaskGraphProcessing>& slot, std::uint32_t start);
     /// Runs a fork child on this thread, swallowing what its onException rethrows.
     static void runInline(VoTaskGraphProcessing& child);
     /// The closing marks of a root task.
     void finish();
+    /// Hands the timing context to the interceptors, if there are any.
+    void dispatchAfterRun();
 
-    VoTaskManager* m_manager;                ///< not owned; outlives its tasks (reset waits for them)
-    VoGraphNode* m_node;                     ///< the start node
+    VoTaskManager* m_manager;                  ///< not owned; outlives its tasks (reset waits for them)
+    std::shared_ptr<VoTaskGraphShape> m_ownedShape; ///< root task only: keeps the shape alive
+    VoTaskGraphShape* m_shape;                 ///< the component's shape (owned by the root task's walk)
+    std::uint32_t m_start;                     ///< the start node's index
+    std::atomic<std::uint32_t> m_stop;         ///< the join a child stopped at, or kNone
     std::int32_t m_taskID;
-    VoGraphNode* m_stopNode = nullptr;       ///< the join a child stopped at
-    std::optional<BxEvent> m_startedEvent;   ///< root task only
-    BxSmartPointer<BxTask> m_predecessor;    ///< guarded by the manager's task-control critical section
+    std::optional<BxEvent> m_startedEvent;     ///< root task only
+    BxSmartPointer<BxTask> m_predecessor;      ///< guarded by the manager's task-control critical section
     int m_priority;
     BxTimer m_timer{1000000};
-    /// Root task only: the nodes of its component, fixed while the task is not
-    /// idle (edits need an idle component); set by Start before the pool sees the task.
-    std::vector<VoGraphNode*> m_component;
 };
 
 }  // namespace TaskManager

@@ -9,6 +9,7 @@
 #include <vobase/graphs/vographnode.h>
 #include <vobase/tasks/staskcontrols.h>
 #include <vobase/tasks/votaskgraphprocessing.h>
+#include <vobase/tasks/votaskgraphshape.h>
 #include <vobase/tasks/votaskmanagerlist.h>
 
 #include <bxbase/bxexception.h>
@@ -17,8 +18,11 @@
 #include <bxbase/threading/bxcriticalsection.h>
 #include <bxbase/threading/bxthreadpool.h>
 
+#include <thread>
+
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <cstddef>
 #include <memory_resource>
 #include <unordered_map>
@@ -33,6 +37,34 @@ namespace {
 constexpr const char* kSource = "core/volibraries/vobase/votaskmanager";
 constexpr std::int32_t kNoTask = -1;
 constexpr std::int32_t kLastTaskID = 0x7FFFFFFF;
+
+/// How long a thread outside the pool watches a task end before it blocks.
+constexpr std::chrono::microseconds kWaitSpin{4};
+
+/// Tells the core that this is a wait loop (less power, no penalty for the
+/// sibling hyper-thread).
+inline void spinPause()
+{
+#if defined(__x86_64__) || defined(__i386__)
+    __builtin_ia32_pause();
+#endif
+}
+
+/// Gives a task that is queued or running a few microseconds to end: short
+/// walks end within that, and blocking costs a wake-up through the kernel on
+/// both sides. The thread keeps its core (yielding it would hand it to
+/// whatever else runs, for a whole time slice, on a loaded machine) and
+/// never runs work.
+void spinWhileBusy(const BxTask& task)
+{
+    const auto deadline = std::chrono::steady_clock::now() + kWaitSpin;
+    for (unsigned round = 0; task.IsQueued() || task.IsRunning(); ++round)
+    {
+        spinPause();
+        if (round % 64 == 63 && std::chrono::steady_clock::now() >= deadline)
+            return;
+    }
+}
 
 const char* checkedName(const char* name, const char* function)
 {
@@ -75,6 +107,9 @@ struct VoTaskManager::SImpl
 
     std::unordered_map<std::string, VoGraphNode*> names; ///< guarded by the data lock
     std::unordered_map<std::int32_t, STaskControls> controls; ///< guarded by controlsLock
+    /// Every node of a component that was started since its last edit, with
+    /// the component's shape and the node's index in it; guarded by the data lock.
+    std::unordered_map<const VoGraphNode*, std::pair<std::shared_ptr<VoTaskGraphShape>, std::uint32_t>> shapes;
     std::int32_t nextTaskID = 0;          ///< guarded by the data lock
     std::uint32_t nextComponentID = 0;    ///< guarded by the data lock
     BxCriticalSection controlsLock;       ///< guards controls and the tasks' predecessors
@@ -151,6 +186,11 @@ Logging::ILogger& VoTaskManager::currentLogger() const
 bool VoTaskManager::logs(Logging::ELogLevel level) const
 {
     return m_impl->logger.load(std::memory_order_acquire)->IsEnabled(level);
+}
+
+bool VoTaskManager::hasInterceptors() const
+{
+    return getDispatcher()->GetCount() != 0;
 }
 
 // ---------------------------------------------------------------------------
@@ -276,15 +316,6 @@ VoTaskManager::NodeList VoTaskManager::componentNodes(VoGraphNode& node)
     return nodes;
 }
 
-void VoTaskManager::setBreakEvents(const NodeList& component, bool set)
-{
-    for (VoGraphNode* n : component)
-    {
-        BxEvent& event = status(*n).breakEvent;
-        set ? event.Set() : event.Reset();
-    }
-}
-
 void VoTaskManager::setBreakEvents(VoGraphNode& node, bool set)
 {
     walkNodes(node, true, true, nullptr, [&](VoGraphNode& n) {
@@ -297,30 +328,25 @@ void VoTaskManager::setBreakEvents(VoGraphNode& node, bool set)
 // task that are still scheduled were never reached: they become aborted;
 // every item is marked not running and terminated. At the beginning the
 // terminated events are reset, so that waiters wait for the new run.
-void VoTaskManager::setTerminatedEvents(const NodeList& component, bool terminating, std::int32_t taskID)
+void VoTaskManager::setTerminatedEvents(VoTaskGraphShape& shape, bool terminating, std::int32_t taskID)
 {
-    for (VoGraphNode* n : component)
+    const std::uint32_t count = shape.GetCount();
+    for (std::uint32_t i = 0; i < count; ++i)
     {
-        SWorkItemStatus& s = status(*n);
+        const VoTaskGraphShape::SEntry& entry = shape.Entry(i);
+        SWorkItemStatus& s = *entry.status;
         if (!terminating)
         {
             s.terminatedEvent.Reset();
             continue;
         }
         EComputationState scheduled = eCS_Scheduled;
-        if (loadTaskID(*n) == taskID)
+        if (s.computationState.load(std::memory_order_acquire) == eCS_Scheduled &&
+            std::atomic_ref<std::int32_t>(*entry.taskID).load(std::memory_order_acquire) == taskID)
             s.computationState.compare_exchange_strong(scheduled, eCS_Aborted);
-        s.running.store(0);
+        s.running.store(0, std::memory_order_release);
         s.terminatedEvent.Set();
     }
-}
-
-void VoTaskManager::setNextTaskIDConnectedComponent(const NodeList& component)
-{
-    const std::int32_t id = m_impl->nextTaskID;
-    for (VoGraphNode* n : component)
-        storeTaskID(*n, id);
-    m_impl->nextTaskID = id == kLastTaskID ? 0 : id + 1;
 }
 
 void VoTaskManager::SetNextTaskID(std::int32_t id)
@@ -329,6 +355,41 @@ void VoTaskManager::SetNextTaskID(std::int32_t id)
         BX_THROW(BxExceptionPreconditionViolation, "VoTaskManager::SetNextTaskID", "negative task ID");
     CLock lock(*this, "VoTaskManager::SetNextTaskID");
     m_impl->nextTaskID = id;
+}
+
+// ---------------------------------------------------------------------------
+// Cached shapes
+
+std::pair<std::shared_ptr<VoTaskGraphShape>, std::uint32_t> VoTaskManager::shapeOf(VoGraphNode& node)
+{
+    const auto known = m_impl->shapes.find(&node);
+    if (known != m_impl->shapes.end())
+        return known->second;
+    auto shape = std::make_shared<VoTaskGraphShape>(
+        componentNodes(node), [this](VoGraphNode& n, VoTaskGraphShape::SEntry& entry) {
+            entry.item = workItem(n).get();
+            entry.status = &status(n);
+            entry.taskID = &m_impl->graph.Get<std::int32_t>(m_impl->taskID, n.GetAttributeElement());
+        });
+    std::uint32_t index = 0;
+    const NodeList& nodes = shape->GetNodes();
+    for (std::uint32_t i = 0; i < nodes.size(); ++i)
+    {
+        m_impl->shapes[nodes[i]] = {shape, i};
+        if (nodes[i] == &node)
+            index = i;
+    }
+    return {std::move(shape), index};
+}
+
+void VoTaskManager::invalidateShape(VoGraphNode& node)
+{
+    const auto known = m_impl->shapes.find(&node);
+    if (known == m_impl->shapes.end())
+        return;
+    const std::shared_ptr<VoTaskGraphShape> shape = known->second.first;
+    for (VoGraphNode* n : shape->GetNodes())
+        m_impl->shapes.erase(n);
 }
 
 // A node may be reached as often as it has predecessors (once at least);
@@ -449,13 +510,23 @@ void VoTaskManager::setTaskTerminated(std::int32_t taskID)
 
 bool VoTaskManager::beginTask(VoTaskGraphProcessing& task)
 {
+    VoTaskGraphShape& shape = *task.m_shape;
+    setTerminatedEvents(shape, false, task.m_taskID);
     BxSmartPointer<BxTask> predecessor;  // released outside the section
     BxCriticalSectionLocker locker(m_impl->controlsLock);
     predecessor = std::move(task.m_predecessor);
     const auto entry = m_impl->controls.find(task.m_taskID);
     const bool scheduled = entry != m_impl->controls.end() && entry->second.scheduled;
     if (scheduled)
-        setBreakEvents(task.m_component, false);
+    {
+        const std::uint32_t count = shape.GetCount();
+        for (std::uint32_t i = 0; i < count; ++i)
+        {
+            BxEvent& event = shape.Entry(i).status->breakEvent;
+            if (event.IsSet())
+                event.Reset();
+        }
+    }
     if (task.m_startedEvent)
         task.m_startedEvent->Set();
     return scheduled;
@@ -520,6 +591,8 @@ void VoTaskManager::AddDependency(const char* from, const char* to)
     if (getTaskStatus(*source) != eTS_Idle || getTaskStatus(*target) != eTS_Idle)
         BX_THROW(BxException, "VoTaskManager::AddDependency",
                  std::string("the task of ") + from + " or " + to + " is not idle");
+    invalidateShape(*source);
+    invalidateShape(*target);
     source->AddConnection(*target, 0.0f);
     setConnectedComponentID(*target, componentID(*source), true, true);
 }
@@ -536,6 +609,7 @@ void VoTaskManager::Remove(const char* name)
     if (getTaskStatus(*node) != eTS_Idle)
         BX_THROW(BxException, "VoTaskManager::Remove", std::string("the task of ") + name + " is not idle");
 
+    invalidateShape(*node);
     // Incoming edges first, so that the renumbering below cannot reach the
     // predecessors through this node.
     std::vector<VoGraphNode*> sources;
@@ -585,6 +659,7 @@ void VoTaskManager::RemoveDependency(const char* from, const char* to)
     if (getTaskStatus(*source) != eTS_Idle || getTaskStatus(*target) != eTS_Idle)
         BX_THROW(BxException, "VoTaskManager::RemoveDependency",
                  std::string("the task of ") + from + " or " + to + " is not idle");
+    invalidateShape(*source);
     if (source->RemoveConnection(*target))
         updateConnectedComponentIDs(*source, *target);
 }
@@ -606,8 +681,12 @@ void VoTaskManager::Start(const char* name, EPriority priority)
     VoGraphNode* node = findNode(name);
     if (node == nullptr)
         return;
-    NodeList component = componentNodes(*node);
-    validateBeforeComputation(*node, true, &component);
+    auto [shape, start] = shapeOf(*node);
+    if (!shape->Entry(start).validated)
+    {
+        validateBeforeComputation(*node, true, &shape->GetNodes());
+        shape->Entry(start).validated = true;
+    }
 
     // The task that owns the component now, if any.
     const std::int32_t oldID = loadTaskID(*node);
@@ -649,10 +728,6 @@ void VoTaskManager::Start(const char* name, EPriority priority)
         break;
     }
 
-    // The validation counted a visit on exactly the nodes reachable from the start node.
-    for (VoGraphNode* n : component)
-        if (visitCounter(*n) != 0)
-            status(*n).computationState.store(eCS_Scheduled);
     const std::int32_t id = m_impl->nextTaskID;
     VO_TASK_LOG(Logging::eLL_Info, Info, "VoTaskManager::Start", L"New task (ID %d) %S", id, name);
     const int poolPriority = priority == eP_Low ? 0 : priority == eP_Normal ? 1 : 2;
@@ -663,11 +738,21 @@ void VoTaskManager::Start(const char* name, EPriority priority)
         controls.scheduled = true;
         controls.startedEvent.Reset();
         task = BxSmartPointer<VoTaskGraphProcessing>(
-            new VoTaskGraphProcessing(*this, *node, id, &controls.startedEvent, predecessor, poolPriority));
+            new VoTaskGraphProcessing(*this, shape, start, id, controls.startedEvent, predecessor, poolPriority));
         controls.task = task;
     }
-    setNextTaskIDConnectedComponent(component);
-    task->m_component = std::move(component);
+    // One pass over the component: every node gets the new task ID, and the
+    // start node and its dependents are scheduled (the ID first, so that the
+    // closing pass of a stopped older task leaves them alone).
+    shape->ForEachNode(
+        start,
+        [&shape, id](std::uint32_t i) {
+            std::atomic_ref<std::int32_t>(*shape->Entry(i).taskID).store(id, std::memory_order_release);
+        },
+        [&shape](std::uint32_t i) {
+            shape->Entry(i).status->computationState.store(eCS_Scheduled, std::memory_order_release);
+        });
+    m_impl->nextTaskID = id == kLastTaskID ? 0 : id + 1;
     BxThreadPool::GetInstance().AddTask(task, poolPriority);
 }
 
@@ -743,7 +828,13 @@ void VoTaskManager::waitUntilTerminate(const std::string& name)
         terminated = status(*node).terminatedEvent;
     }
     if (task)
+    {
+        // A pool thread waits through the task, which lets the pool help;
+        // any other thread only waits.
+        if (!BxThreadPool::IsPoolThread())
+            spinWhileBusy(*task);
         task->WaitUntilTerminate(INFINITE);
+    }
     terminated.Wait(INFINITE);
 }
 
@@ -789,6 +880,7 @@ void VoTaskManager::reset()
 
     CLock lock(*this, "VoTaskManager::reset");
     m_impl->names.clear();
+    m_impl->shapes.clear();
     m_impl->graph.RemoveAllNodes();
     m_impl->nextComponentID = 0;
     {

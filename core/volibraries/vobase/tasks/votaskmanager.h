@@ -25,12 +25,23 @@
 // the new task waits for it before it begins. The graph of a component may
 // only be edited while its component is idle.
 //
+// Each connected component that was started keeps its shape (a
+// TaskManager::VoTaskGraphShape: its nodes in order with their slots,
+// successors, predecessor counts and which start nodes passed validation)
+// until an edit touches it: Add, Remove, AddDependency, RemoveDependency and
+// Reset drop the shapes of the components they change, and the next Start
+// builds a new one. Starting an unchanged component is one pass over that
+// array, and its walk indexes it.
+//
 // Locks: every public operation holds a write lock on the root node of the
 // manager's private data manager (so graph edits, queries and dumps are
-// serialised); inside it, and only inside it or alone, the critical section
-// of the task-control map. Pool threads never take the data lock: they touch
-// only the nodes of their own component, which is not edited while it is
-// busy, and the task-control map under its critical section.
+// serialised; the table of shapes is guarded by it too); inside it, and only
+// inside it or alone, the critical section of the task-control map. Pool
+// threads never take the data lock: they touch only the nodes (and the
+// shape) of their own component, which is not edited while it is busy, and
+// the task-control map under its critical section. A thread outside the pool
+// that waits for a task watches it for a few microseconds, yielding its
+// core, before it blocks; it never runs graph work.
 #pragma once
 
 #include <vobase/tasks/etaskstatus.h>
@@ -60,6 +71,7 @@ class VoGraphNode;
 
 namespace TaskManager {
 class VoTaskGraphProcessing;
+class VoTaskGraphShape;
 }
 
 /// The task graph manager: named work items (IWorkItem) joined by dependencies into a directed graph and run on
@@ -140,10 +152,8 @@ private:
     void updateConnectedComponentIDs(VoGraphNode& from, VoGraphNode& to);
     void setComputationState(VoGraphNode& node, EComputationState state);
     void setBreakEvents(VoGraphNode& node, bool set);
-    void setBreakEvents(const NodeList& component, bool set);
     /// The component marking at the beginning (terminating false) and end of a task.
-    void setTerminatedEvents(const NodeList& component, bool terminating, std::int32_t taskID);
-    void setNextTaskIDConnectedComponent(const NodeList& component);
+    void setTerminatedEvents(TaskManager::VoTaskGraphShape& shape, bool terminating, std::int32_t taskID);
     /// The nodes of the node's connected component (the start node first).
     static NodeList componentNodes(VoGraphNode& node);
     /// Checks the fork-join shape of what is reachable from `node`; returns the
@@ -154,6 +164,13 @@ private:
     VoGraphNode* validateBranch(VoGraphNode& node, bool inBranch);
     void arrive(VoGraphNode& node);
 
+    // Cached shapes.
+    /// The shape of the node's component and the node's index in it, built
+    /// when the component has none. Caller: the data lock.
+    std::pair<std::shared_ptr<TaskManager::VoTaskGraphShape>, std::uint32_t> shapeOf(VoGraphNode& node);
+    /// Forgets the shape of the node's component (before an edit of it). Caller: the data lock.
+    void invalidateShape(VoGraphNode& node);
+
     // Tasks.
     TaskManager::ETaskStatus getTaskStatus(VoGraphNode& node);
     TaskManager::ETaskStatus getTaskStatusLocked(std::int32_t taskID) const;
@@ -161,9 +178,10 @@ private:
     /// Drops the controls of a task ID (never those of -1). Called by callers
     /// under the data lock and by pool threads with the critical section only.
     void setTaskTerminated(std::int32_t taskID);
-    /// Called by a root task once its predecessor ended: sets its started-event
-    /// and, unless the task was stopped meanwhile, clears the component's
-    /// break events. Returns false when it was stopped.
+    /// Called by a root task once its predecessor ended: marks the component
+    /// pending (terminated events reset), sets its started-event and, unless
+    /// the task was stopped meanwhile, clears the component's break events.
+    /// Returns false when it was stopped.
     bool beginTask(TaskManager::VoTaskGraphProcessing& task);
     void initializeWorkItems(VoGraphNode& node);
     /// The critical section of the task-control map.
@@ -174,6 +192,8 @@ private:
     void reset();
 
     bool logs(Logging::ELogLevel level) const;
+    /// True when an interceptor is registered (so that a context is worth building).
+    bool hasInterceptors() const;
 
     std::unique_ptr<SImpl> m_impl;
 };
