@@ -124,9 +124,7 @@ LRESULT VoMessageDispatcher::sendMessage(const VoMessage& message, const VoMessa
 
     // The dispatcher sets the dispatched event only when subscribers live on
     // this thread; otherwise the sender sleeps once, until the last answer.
-    if (BxEvent::WaitForMultipleEvents({status->GetDispatchedEvent(), status->GetRepliedEvent()}, INFINITE) ==
-            BxEvent::eWaitSignaled &&
-        status->GetDispatchedEvent().IsSet())
+    if (status->WaitUntilDispatchedOrReplied())
     {
         status->GetDispatchedEvent().Reset();
         // This thread is blocked here and cannot take its handlers' window
@@ -155,6 +153,8 @@ void VoMessageDispatcher::postMessage(BxSmartPointer<const VoMessage> message, c
 
 void VoMessageDispatcher::callSendMonitors(const VoMessage& message)
 {
+    if (!m_hasSendMonitors.load(std::memory_order_acquire))
+        return;  // the usual case: no lock taken
     decltype(m_sendMonitors) monitors;
     {
         BxCriticalSectionLocker locker(m_sendMonitorsLock);
@@ -179,6 +179,7 @@ std::size_t VoMessageDispatcher::AddSendMonitor(SendMonitor monitor)
 {
     BxCriticalSectionLocker locker(m_sendMonitorsLock);
     m_sendMonitors.emplace_back(++m_lastSendMonitorID, std::make_shared<SendMonitor>(std::move(monitor)));
+    m_hasSendMonitors.store(true, std::memory_order_release);
     return m_lastSendMonitorID;
 }
 
@@ -189,6 +190,7 @@ bool VoMessageDispatcher::RemoveSendMonitor(std::size_t id)
     if (it == m_sendMonitors.end())
         return false;
     m_sendMonitors.erase(it);
+    m_hasSendMonitors.store(!m_sendMonitors.empty(), std::memory_order_release);
     return true;
 }
 

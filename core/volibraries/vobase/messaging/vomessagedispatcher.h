@@ -24,8 +24,10 @@
 //
 // Threads and locks: the subscription maps, the scratch lists and routing
 // belong to the dispatcher's thread. m_statusPoolLock guards m_statusPool,
-// m_sendMonitorsLock guards m_sendMonitors; the process-wide registry of
-// handler names has its own lock (FindMessageHandler may be called anywhere).
+// m_sendMonitorsLock guards m_sendMonitors (a send reads the atomic
+// m_hasSendMonitors first and takes the lock only when monitors exist); the
+// process-wide registry of handler names has its own lock
+// (FindMessageHandler may be called anywhere).
 #pragma once
 
 #include <vobase/messaging/iinterceptormessagedispatcher.h>
@@ -37,6 +39,7 @@
 #include <bxbase/interceptor/cframework.h>
 #include <bxbase/threading/bxsingleton.h>
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -152,6 +155,7 @@ private:
     BxCriticalSection m_sendMonitorsLock;                                      ///< guards the two below
     std::vector<std::pair<std::size_t, std::shared_ptr<SendMonitor>>> m_sendMonitors;
     std::size_t m_lastSendMonitorID = 0;
+    std::atomic<bool> m_hasSendMonitors{false};  ///< mirrors !m_sendMonitors.empty(), written under the lock
 
     // Dispatcher's thread only.
     BxListEx<VoMessageHandlerBase*> m_subscribers;  ///< scratch list of every routing step
