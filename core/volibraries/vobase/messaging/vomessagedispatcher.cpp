@@ -265,7 +265,7 @@ void VoMessageDispatcher::processPostNotification(VoPostNotification& notificati
         }
         return;
     }
-    if (notification.message->IsKindOf(VoMessageString::RTTI))
+    if (routeOf(notification.message->GetRTTI()).isString)
     {
         // The text travels as a window message; the receiving handler frees the buffer.
         const auto& text = static_cast<const VoMessageString&>(*notification.message);
@@ -301,20 +301,32 @@ const BxListEx<VoMessageHandlerBase*>& VoMessageDispatcher::getSubscribers(const
 void VoMessageDispatcher::getSubscribersForMessage(const VoMessage& message)
 {
     getSubscribersForRTTI(message.GetRTTI());
-    if (message.IsKindOf(VoMessageCommand::RTTI))
+    if (routeOf(message.GetRTTI()).isCommand)
         getSubscribersForCommand(static_cast<const VoMessageCommand&>(message).GetWParam());
 }
 
 void VoMessageDispatcher::getSubscribersForRTTI(const BxRTTI& rtti)
 {
-    m_rttiWorkList.clear();
-    m_rttiWorkList.push_back(&rtti);
-    fillWorkListWithRTTIBaseClasses(rtti);
-    for (const BxRTTI* entry : m_rttiWorkList)
+    // The class itself, then its bases depth first (see routeOf).
+    for (const VoMessageHandlerList* list : routeOf(rtti).lists)
+        m_subscribers.insert(m_subscribers.end(), list->handlers.begin(), list->handlers.end());  // duplicates kept
+}
+
+const VoMessageDispatcher::SRoute& VoMessageDispatcher::routeOf(const BxRTTI& rtti)
+{
+    auto [it, made] = m_routes.try_emplace(&rtti);
+    SRoute& route = it->second;
+    if (made)
     {
-        const auto& handlers = getSubscriptionsRTTI(*entry).handlers;
-        m_subscribers.insert(m_subscribers.end(), handlers.begin(), handlers.end());  // duplicates kept
+        m_rttiWorkList.clear();
+        m_rttiWorkList.push_back(&rtti);
+        fillWorkListWithRTTIBaseClasses(rtti);
+        for (const BxRTTI* entry : m_rttiWorkList)
+            route.lists.push_back(&getSubscriptionsRTTI(*entry));
+        route.isCommand = rtti.IsKindOf(VoMessageCommand::RTTI);
+        route.isString = rtti.IsKindOf(VoMessageString::RTTI);
     }
+    return route;
 }
 
 void VoMessageDispatcher::fillWorkListWithRTTIBaseClasses(const BxRTTI& rtti)

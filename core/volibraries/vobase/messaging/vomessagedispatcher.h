@@ -141,6 +141,18 @@ private:
     void getSubscribersForCommand(std::uint64_t commandID);
     void fillWorkListWithRTTIBaseClasses(const BxRTTI& rtti);
     VoMessageHandlerList& getSubscriptionsRTTI(const BxRTTI& rtti);
+
+    /// What routing needs of one message class, worked out when the class is
+    /// first routed: the subscriber lists of the class and of its bases in the
+    /// order of the base-class walk (lists stay in the map once made, so the
+    /// pointers stay valid), and whether it is a command or a string message.
+    struct SRoute
+    {
+        BxListEx<VoMessageHandlerList*> lists;
+        bool isCommand = false;
+        bool isString = false;
+    };
+    const SRoute& routeOf(const BxRTTI& rtti);
     VoMessageHandlerList& getSubscriptionsCommand(std::uint64_t commandID);
 
     LRESULT onMessageSubscription(const VoMessageSubscription& subscription);
@@ -162,6 +174,7 @@ private:
     BxListEx<const BxRTTI*> m_rttiWorkList;         ///< scratch list of the base-class walk
     BxMap<const BxRTTI*, HandlerListPtr> m_subscriptionsRTTI;
     BxMap<std::uint64_t, HandlerListPtr> m_subscriptionsCommand;
+    BxMap<const BxRTTI*, SRoute> m_routes;          ///< by message class, made on first use
 
     BxCriticalSection m_statusPoolLock;                       ///< guards m_statusPool
     BxArray<BxSmartPointer<VoThreadSendStatus>> m_statusPool;  ///< used as a stack
