@@ -144,3 +144,76 @@ TEST(BxEvent, RealWaitsOpenABlockingScope)
     event.Set();
     waiter.join();
 }
+
+TEST(BxEvent, PlainAndMultipleWaitersOnOneEventWakeTogether)
+{
+    BxEvent shared, other, ready;
+    std::atomic<int> waiting{0};
+    std::atomic<int> woken{0};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i)
+        threads.emplace_back([&, i] {
+            if (++waiting == 4)
+                ready.Set();
+            const bool released = i % 2 ? shared.Wait(INFINITE)
+                                        : BxEvent::WaitForMultipleEvents({other, shared}, INFINITE) == BxEvent::eWaitSignaled;
+            if (released)
+                ++woken;
+        });
+    ASSERT_TRUE(ready.Wait(10000));
+    shared.Set();
+    for (auto& t : threads)
+        t.join();
+    EXPECT_EQ(woken, 4);
+    EXPECT_FALSE(other.IsSet());
+}
+
+TEST(BxEvent, TimedOutWaitersLeaveTheEventAsItWas)
+{
+    BxEvent event;
+    std::vector<std::thread> threads;
+    std::atomic<int> timedOut{0};
+    for (int i = 0; i < 3; ++i)
+        threads.emplace_back([&] {
+            if (!event.Wait(5) && BxEvent::WaitForMultipleEvents({event}, 5) == BxEvent::eWaitTimeout)
+                ++timedOut;
+        });
+    for (auto& t : threads)
+        t.join();
+    EXPECT_EQ(timedOut, 3);
+    EXPECT_FALSE(event.IsSet());
+    event.Set();
+    EXPECT_TRUE(event.IsSet());
+    EXPECT_TRUE(event.Wait(0));
+    event.Reset();
+    event.Reset(); // twice is the same as once
+    EXPECT_FALSE(event.Wait(0));
+    std::thread setter([event]() mutable { event.Set(); });
+    EXPECT_TRUE(event.Wait(INFINITE));
+    setter.join();
+}
+
+// A Set that races with a thread about to sleep must never be lost: in each
+// round the waiter announces itself and goes straight into Wait while this
+// thread sets the event; a lost wake-up hangs the join.
+TEST(BxEvent, SetRacingWithAStartingWaitIsNeverLost)
+{
+#if defined(__SANITIZE_THREAD__)
+    constexpr int kRounds = 300;
+#else
+    constexpr int kRounds = 3000;
+#endif
+    for (int round = 0; round < kRounds; ++round)
+    {
+        BxEvent event;
+        std::atomic<bool> arrived{false};
+        std::thread waiter([&] {
+            arrived.store(true);
+            EXPECT_TRUE(event.Wait(INFINITE));
+        });
+        while (!arrived.load())
+            std::this_thread::yield();
+        event.Set();
+        waiter.join();
+    }
+}

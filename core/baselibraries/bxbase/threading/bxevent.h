@@ -14,6 +14,13 @@
 // only tests the state. All members may be called from any thread at once.
 // On a thread pool worker a wait that really blocks lets the pool compensate
 // (see BxBlockingScope), so waiting inside a pool task cannot starve the pool.
+//
+// Cost: the state is one atomic word holding the set flag and the number of
+// waiting threads. IsSet is one load; Set and Reset are one atomic operation
+// and make no system call and take no lock while nobody waits. Wait sleeps
+// on the word itself (a futex); only WaitForMultipleEvents uses a lock and a
+// condition variable of its own, and Set takes the event's lock only when
+// such a waiter is registered.
 #pragma once
 
 #include <bxbase/bxbaseapi.h>

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <chrono>
 #include <optional>
+#include <utility>
 #include <time.h>
 
 namespace
@@ -116,8 +117,10 @@ void BxMessageQueue::close()
     std::lock_guard lock(m_lock);
     m_closed = true;
     m_threadId = 0;
-    m_messages.clear();
+    m_incoming.clear();
     m_quitPending = false;
+    m_ownerSleeps = false;
+    dropBatch();
     m_windows.clear();
 }
 
@@ -134,10 +137,8 @@ bool BxMessageQueue::Post(const MSG& msg, const std::atomic<std::uint32_t>* gene
         std::lock_guard lock(m_lock);
         if (m_closed || (generation != nullptr && generation->load(std::memory_order_acquire) != expected))
             return false;
-        m_messages.push_back(msg);
-        m_messages.back().time = tickCount();
-        ++m_sequence;
-        wake = m_waiters > 0;
+        m_incoming.push_back(msg);
+        wake = std::exchange(m_ownerSleeps, false); // one wake-up per sleep
     }
     if (wake)
         m_posted.notify_one();
@@ -151,11 +152,59 @@ void BxMessageQueue::PostQuit(int exitCode)
         std::lock_guard lock(m_lock);
         m_quitPending = true;
         m_quitCode = exitCode;
-        ++m_sequence;
-        wake = m_waiters > 0;
+        wake = std::exchange(m_ownerSleeps, false);
     }
     if (wake)
         m_posted.notify_one();
+}
+
+void BxMessageQueue::dropBatch()
+{
+    m_batch.clear();
+    m_batchHead = 0;
+    m_batchCount.store(0, std::memory_order_relaxed);
+}
+
+void BxMessageQueue::takeOverIncoming()
+{
+    if (m_batchHead == m_batch.size())
+    {
+        // The usual case: the batch is used up and the lists swap storage.
+        m_batch.clear();
+        m_batch.swap(m_incoming);
+        m_batchHead = 0;
+    }
+    else
+    {
+        m_batch.erase(m_batch.begin(), m_batch.begin() + static_cast<std::ptrdiff_t>(m_batchHead));
+        m_batchHead = 0;
+        m_batch.insert(m_batch.end(), m_incoming.begin(), m_incoming.end());
+        m_incoming.clear();
+    }
+    m_batchTime = tickCount();
+    m_batchCount.store(m_batch.size(), std::memory_order_relaxed);
+}
+
+bool BxMessageQueue::takeFromBatch(MSG& msg, const SFilter& filter, ERemove remove)
+{
+    const auto first = m_batch.begin() + static_cast<std::ptrdiff_t>(m_batchHead);
+    const auto it = std::find_if(first, m_batch.end(), [&](const MSG& m) { return filter.Matches(m); });
+    if (it == m_batch.end())
+        return false;
+    msg = *it;
+    msg.time = m_batchTime;
+    const bool keep = remove == eKeep || (remove == eRemoveUnlessQuit && msg.message == WM_QUIT);
+    if (keep)
+        return true;
+    if (it == first)
+        ++m_batchHead;
+    else
+        m_batch.erase(it); // a filtered take from the middle
+    if (m_batchHead == m_batch.size())
+        dropBatch();
+    else
+        m_batchCount.store(m_batch.size() - m_batchHead, std::memory_order_relaxed);
+    return true;
 }
 
 bool BxMessageQueue::Retrieve(MSG& msg, const SFilter& filter, ERemove remove, DWORD timeoutMs)
@@ -164,17 +213,16 @@ bool BxMessageQueue::Retrieve(MSG& msg, const SFilter& filter, ERemove remove, D
     Clock::time_point deadline{};            // set at the first real wait
     std::optional<BxBlockingScope> blocking; // opened at the first real wait
 
-    std::unique_lock lock(m_lock);
     for (;;)
     {
-        auto it = std::find_if(m_messages.begin(), m_messages.end(), [&](const MSG& m) { return filter.Matches(m); });
-        if (it != m_messages.end())
-        {
-            msg = *it;
-            bool keep = remove == eKeep || (remove == eRemoveUnlessQuit && msg.message == WM_QUIT);
-            if (!keep)
-                m_messages.erase(it);
+        if (takeFromBatch(msg, filter, remove))
             return true;
+
+        std::unique_lock lock(m_lock);
+        if (!m_incoming.empty())
+        {
+            takeOverIncoming();
+            continue; // look through what came in (the lock is released on the way)
         }
         if (m_quitPending)
         {
@@ -192,33 +240,41 @@ bool BxMessageQueue::Retrieve(MSG& msg, const SFilter& filter, ERemove remove, D
                 deadline = Clock::now() + std::chrono::milliseconds(timeoutMs);
             lock.unlock(); // the pool's hook takes its own lock
             blocking.emplace();
-            lock.lock();
             continue; // look again: something may have arrived meanwhile
         }
-        const std::uint64_t seen = m_sequence;
-        ++m_waiters;
-        auto arrived = [&] { return m_sequence != seen; };
-        bool woke = true;
-        if (timeoutMs == INFINITE)
-            m_posted.wait(lock, arrived);
-        else
-            woke = m_posted.wait_until(lock, deadline, arrived);
-        --m_waiters;
-        if (!woke)
+        // Nothing matches and nothing came in: sleep until a post or a quit.
+        auto arrived = [&] { return !m_incoming.empty() || m_quitPending; };
+        bool timedOut = false;
+        while (!arrived() && !timedOut)
+        {
+            m_ownerSleeps = true;
+            if (timeoutMs == INFINITE)
+                m_posted.wait(lock);
+            else
+                timedOut = m_posted.wait_until(lock, deadline) == std::cv_status::timeout;
+        }
+        m_ownerSleeps = false;
+        if (!arrived())
             return false;
     }
 }
 
 void BxMessageQueue::Invalidate(std::atomic<std::uint32_t>& generation, std::uint32_t newGeneration, HWND hwnd)
 {
+    auto ofWindow = [hwnd](const MSG& m) { return m.hwnd == hwnd; };
     std::lock_guard lock(m_lock);
     generation.store(newGeneration, std::memory_order_release);
-    m_messages.erase(std::remove_if(m_messages.begin(), m_messages.end(), [hwnd](const MSG& m) { return m.hwnd == hwnd; }),
-                     m_messages.end());
+    std::erase_if(m_incoming, ofWindow);
+    m_batch.erase(std::remove_if(m_batch.begin() + static_cast<std::ptrdiff_t>(m_batchHead), m_batch.end(), ofWindow),
+                  m_batch.end());
+    if (m_batchHead == m_batch.size())
+        dropBatch();
+    else
+        m_batchCount.store(m_batch.size() - m_batchHead, std::memory_order_relaxed);
 }
 
 std::size_t BxMessageQueue::GetCount() const
 {
     std::lock_guard lock(m_lock);
-    return m_messages.size();
+    return m_incoming.size() + m_batchCount.load(std::memory_order_relaxed);
 }

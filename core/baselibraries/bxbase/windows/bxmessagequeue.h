@@ -9,13 +9,27 @@
 //   if (queue.Retrieve(msg, BxMessageQueue::SFilter{}, BxMessageQueue::eRemove, 100)) ...
 //
 // This is the engine of bxwindowsapi.h; applications use those functions.
+//
+// The queue has two parts. Posters append to the incoming list under the
+// queue lock. The owning thread takes the whole incoming list over into its
+// batch under one lock acquisition (the two vectors swap, so their storage is
+// reused and nothing is allocated once they have grown) and then serves
+// Retrieve from the batch without locking, until no message of the batch
+// matches. Batch messages are older than incoming ones, so the order of the
+// queue is the batch followed by the incoming list. A poster wakes the owner
+// only when the owner has said that it sleeps (m_ownerSleeps), and only once
+// per sleep: while the owner works through its batch, posts cost a lock and an
+// append, no system call.
+//
 // Queue objects are never freed: when a thread ends its queue is closed (later
 // posts fail) and kept for reuse by a new thread, so a poster holding a stale
 // pointer always touches valid memory and is turned away by the window
 // generation check made under the queue lock.
 //
-// Locks: m_lock guards m_messages, m_quitPending, m_quitCode, m_sequence,
-// m_waiters, m_closed and m_threadId; m_windows belongs to the owning thread.
+// Locks: m_lock guards m_incoming, m_ownerSleeps, m_quitPending, m_quitCode,
+// m_closed and m_threadId. m_batch, m_batchHead, m_batchTime and m_windows
+// belong to the owning thread (m_batchCount mirrors the batch's size for
+// GetCount on other threads).
 #pragma once
 
 #include <bxbase/bxbaseapi.h>
@@ -24,7 +38,6 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
-#include <deque>
 #include <mutex>
 #include <vector>
 
@@ -73,8 +86,9 @@ public:
     /// Asks the owning thread's loop to end with exitCode (wParam of WM_QUIT).
     void PostQuit(int exitCode);
 
-    /// Under the queue lock, sets generation to newGeneration and drops the
-    /// queued messages of hwnd: the window is gone for every poster at once.
+    /// Owning thread: under the queue lock, sets generation to newGeneration
+    /// and drops the queued messages of hwnd: the window is gone for every
+    /// poster at once.
     void Invalidate(std::atomic<std::uint32_t>& generation, std::uint32_t newGeneration, HWND hwnd);
 
     /// Number of queued messages (a snapshot).
@@ -89,14 +103,25 @@ private:
     void open(DWORD threadId);
     void close();
 
+    /// Owning thread: the first matching batch message (taken out unless
+    /// kept); false when none matches.
+    bool takeFromBatch(MSG& msg, const SFilter& filter, ERemove remove);
+    /// Owning thread, m_lock held: moves the incoming list behind the batch.
+    void takeOverIncoming();
+    void dropBatch();
+
     mutable std::mutex m_lock;
-    std::condition_variable m_posted; ///< the owner waits here for a post
-    std::deque<MSG> m_messages;
-    std::uint64_t m_sequence = 0;     ///< counts posts, so a waiter sees any new arrival
-    int m_waiters = 0;
+    std::condition_variable m_posted; ///< the owner sleeps here
+    std::vector<MSG> m_incoming;      ///< posted, not yet taken over; guarded by m_lock
+    bool m_ownerSleeps = false;       ///< the next post must wake the owner; guarded by m_lock
     bool m_quitPending = false;
     int m_quitCode = 0;
     bool m_closed = true;
     DWORD m_threadId = 0;
+
+    std::vector<MSG> m_batch;                  ///< taken over; owning thread only
+    std::size_t m_batchHead = 0;               ///< first message of m_batch still queued
+    DWORD m_batchTime = 0;                     ///< when the batch's last part was taken over
+    std::atomic<std::size_t> m_batchCount{0};  ///< queued messages in the batch
     std::vector<std::uint32_t> m_windows;
 };

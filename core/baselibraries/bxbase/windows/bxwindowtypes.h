@@ -40,7 +40,9 @@ struct POINT
     std::int32_t y; ///< vertical
 };
 
-/// A queued message. `time` is the monotonic clock in milliseconds when it was posted.
+/// A queued message. `time` is the monotonic clock in milliseconds when the
+/// receiving thread took it over from its posters (messages taken over together
+/// share one time).
 struct MSG
 {
     HWND hwnd;     ///< the window it is for

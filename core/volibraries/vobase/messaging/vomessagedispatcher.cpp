@@ -124,9 +124,7 @@ LRESULT VoMessageDispatcher::sendMessage(const VoMessage& message, const VoMessa
 
     // The dispatcher sets the dispatched event only when subscribers live on
     // this thread; otherwise the sender sleeps once, until the last answer.
-    if (BxEvent::WaitForMultipleEvents({status->GetDispatchedEvent(), status->GetRepliedEvent()}, INFINITE) ==
-            BxEvent::eWaitSignaled &&
-        status->GetDispatchedEvent().IsSet())
+    if (status->WaitUntilDispatchedOrReplied())
     {
         status->GetDispatchedEvent().Reset();
         // This thread is blocked here and cannot take its handlers' window
@@ -155,6 +153,8 @@ void VoMessageDispatcher::postMessage(BxSmartPointer<const VoMessage> message, c
 
 void VoMessageDispatcher::callSendMonitors(const VoMessage& message)
 {
+    if (!m_hasSendMonitors.load(std::memory_order_acquire))
+        return;  // the usual case: no lock taken
     decltype(m_sendMonitors) monitors;
     {
         BxCriticalSectionLocker locker(m_sendMonitorsLock);
@@ -179,6 +179,7 @@ std::size_t VoMessageDispatcher::AddSendMonitor(SendMonitor monitor)
 {
     BxCriticalSectionLocker locker(m_sendMonitorsLock);
     m_sendMonitors.emplace_back(++m_lastSendMonitorID, std::make_shared<SendMonitor>(std::move(monitor)));
+    m_hasSendMonitors.store(true, std::memory_order_release);
     return m_lastSendMonitorID;
 }
 
@@ -189,6 +190,7 @@ bool VoMessageDispatcher::RemoveSendMonitor(std::size_t id)
     if (it == m_sendMonitors.end())
         return false;
     m_sendMonitors.erase(it);
+    m_hasSendMonitors.store(!m_sendMonitors.empty(), std::memory_order_release);
     return true;
 }
 
@@ -263,7 +265,7 @@ void VoMessageDispatcher::processPostNotification(VoPostNotification& notificati
         }
         return;
     }
-    if (notification.message->IsKindOf(VoMessageString::RTTI))
+    if (routeOf(notification.message->GetRTTI()).isString)
     {
         // The text travels as a window message; the receiving handler frees the buffer.
         const auto& text = static_cast<const VoMessageString&>(*notification.message);
@@ -299,20 +301,32 @@ const BxListEx<VoMessageHandlerBase*>& VoMessageDispatcher::getSubscribers(const
 void VoMessageDispatcher::getSubscribersForMessage(const VoMessage& message)
 {
     getSubscribersForRTTI(message.GetRTTI());
-    if (message.IsKindOf(VoMessageCommand::RTTI))
+    if (routeOf(message.GetRTTI()).isCommand)
         getSubscribersForCommand(static_cast<const VoMessageCommand&>(message).GetWParam());
 }
 
 void VoMessageDispatcher::getSubscribersForRTTI(const BxRTTI& rtti)
 {
-    m_rttiWorkList.clear();
-    m_rttiWorkList.push_back(&rtti);
-    fillWorkListWithRTTIBaseClasses(rtti);
-    for (const BxRTTI* entry : m_rttiWorkList)
+    // The class itself, then its bases depth first (see routeOf).
+    for (const VoMessageHandlerList* list : routeOf(rtti).lists)
+        m_subscribers.insert(m_subscribers.end(), list->handlers.begin(), list->handlers.end());  // duplicates kept
+}
+
+const VoMessageDispatcher::SRoute& VoMessageDispatcher::routeOf(const BxRTTI& rtti)
+{
+    auto [it, made] = m_routes.try_emplace(&rtti);
+    SRoute& route = it->second;
+    if (made)
     {
-        const auto& handlers = getSubscriptionsRTTI(*entry).handlers;
-        m_subscribers.insert(m_subscribers.end(), handlers.begin(), handlers.end());  // duplicates kept
+        m_rttiWorkList.clear();
+        m_rttiWorkList.push_back(&rtti);
+        fillWorkListWithRTTIBaseClasses(rtti);
+        for (const BxRTTI* entry : m_rttiWorkList)
+            route.lists.push_back(&getSubscriptionsRTTI(*entry));
+        route.isCommand = rtti.IsKindOf(VoMessageCommand::RTTI);
+        route.isString = rtti.IsKindOf(VoMessageString::RTTI);
     }
+    return route;
 }
 
 void VoMessageDispatcher::fillWorkListWithRTTIBaseClasses(const BxRTTI& rtti)

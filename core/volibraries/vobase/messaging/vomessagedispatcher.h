@@ -24,8 +24,10 @@
 //
 // Threads and locks: the subscription maps, the scratch lists and routing
 // belong to the dispatcher's thread. m_statusPoolLock guards m_statusPool,
-// m_sendMonitorsLock guards m_sendMonitors; the process-wide registry of
-// handler names has its own lock (FindMessageHandler may be called anywhere).
+// m_sendMonitorsLock guards m_sendMonitors (a send reads the atomic
+// m_hasSendMonitors first and takes the lock only when monitors exist); the
+// process-wide registry of handler names has its own lock
+// (FindMessageHandler may be called anywhere).
 #pragma once
 
 #include <vobase/messaging/iinterceptormessagedispatcher.h>
@@ -37,6 +39,7 @@
 #include <bxbase/interceptor/cframework.h>
 #include <bxbase/threading/bxsingleton.h>
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -140,6 +143,18 @@ private:
     void getSubscribersForCommand(std::uint64_t commandID);
     void fillWorkListWithRTTIBaseClasses(const BxRTTI& rtti);
     VoMessageHandlerList& getSubscriptionsRTTI(const BxRTTI& rtti);
+
+    /// What routing needs of one message class, worked out when the class is
+    /// first routed: the subscriber lists of the class and of its bases in the
+    /// order of the base-class walk (lists stay in the map once made, so the
+    /// pointers stay valid), and whether it is a command or a string message.
+    struct SRoute
+    {
+        BxListEx<VoMessageHandlerList*> lists;
+        bool isCommand = false;
+        bool isString = false;
+    };
+    const SRoute& routeOf(const BxRTTI& rtti);
     VoMessageHandlerList& getSubscriptionsCommand(std::uint64_t commandID);
 
     LRESULT onMessageSubscription(const VoMessageSubscription& subscription);
@@ -154,12 +169,14 @@ private:
     BxCriticalSection m_sendMonitorsLock;                                      ///< guards the two below
     std::vector<std::pair<std::size_t, std::shared_ptr<SendMonitor>>> m_sendMonitors;
     std::size_t m_lastSendMonitorID = 0;
+    std::atomic<bool> m_hasSendMonitors{false};  ///< mirrors !m_sendMonitors.empty(), written under the lock
 
     // Dispatcher's thread only.
     BxListEx<VoMessageHandlerBase*> m_subscribers;  ///< scratch list of every routing step
     BxListEx<const BxRTTI*> m_rttiWorkList;         ///< scratch list of the base-class walk
     BxMap<const BxRTTI*, HandlerListPtr> m_subscriptionsRTTI;
     BxMap<std::uint64_t, HandlerListPtr> m_subscriptionsCommand;
+    BxMap<const BxRTTI*, SRoute> m_routes;          ///< by message class, made on first use
 
     BxCriticalSection m_statusPoolLock;                       ///< guards m_statusPool
     BxArray<BxSmartPointer<VoThreadSendStatus>> m_statusPool;  ///< used as a stack

@@ -24,5 +24,30 @@ void VoThreadSendStatus::AddResult(std::int64_t result)
 void VoThreadSendStatus::CountDown()
 {
     if (m_pending.fetch_sub(1, std::memory_order_acq_rel) == 1)
+    {
         m_replied.Set();
+        m_wake.Set();
+    }
+}
+
+void VoThreadSendStatus::MarkDispatched()
+{
+    m_dispatched.Set();
+    m_wake.Set();
+}
+
+bool VoThreadSendStatus::WaitUntilDispatchedOrReplied()
+{
+    // The flags are set before the wake-up event: after each wake-up (also a
+    // late one left over from the status's previous send) they are looked at
+    // again, so none is missed and a stale wake-up costs one more look.
+    for (;;)
+    {
+        if (m_dispatched.IsSet())
+            return true;
+        if (m_replied.IsSet())
+            return false;
+        m_wake.Wait(INFINITE);
+        m_wake.Reset();
+    }
 }

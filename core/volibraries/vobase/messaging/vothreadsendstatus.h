@@ -11,7 +11,10 @@
 // The dispatcher keeps one count of its own while it routes, so the replied
 // event means that nobody touches the status any more; it sets the
 // dispatched event only when subscribers live on the sender's thread, so that
-// a sender without such subscribers is woken once.
+// a sender without such subscribers is woken once. The sender sleeps on a
+// third, private event that both the dispatched and the replied event ring
+// (WaitUntilDispatchedOrReplied): one futex word instead of a wait on two
+// events, which would take both events' locks for every send.
 //
 // Locks: m_resultsLock guards m_results. The pending count is atomic. The
 // local handlers and the sender thread id are written by the dispatcher
@@ -51,7 +54,11 @@ public:
     /// One answer less to wait for; the call that reaches 0 sets the replied event.
     void CountDown();
     /// Tells the sender that the dispatcher has routed the send.
-    void MarkDispatched() { m_dispatched.Set(); }
+    void MarkDispatched();
+    /// Sender: sleeps until the send is dispatched (true: local handlers to
+    /// answer) or every answer is in (false). The sender resets the event
+    /// that woke it before it uses the status again.
+    bool WaitUntilDispatchedOrReplied();
 
     /// Answers in arrival order. Read it only after the replied event.
     const BxListEx<std::int64_t>& GetResults() const noexcept { return m_results; }
@@ -75,6 +82,7 @@ private:
     std::atomic<std::uint32_t> m_pending{0};
     BxEvent m_replied;
     BxEvent m_dispatched;
+    BxEvent m_wake;  ///< set after m_dispatched or m_replied; only the sender waits on it
     BxListEx<VoMessageHandlerBase*> m_localHandlers;
     std::uint32_t m_senderThreadID = 0;
 };
