@@ -81,7 +81,7 @@ fuzz() {
     for target in "${targets[@]}"; do
         local log="$out/logs/$target.log"
         if [ "$(cat "$out/status/$target")" = 0 ]; then
-            echo "$target: $(grep -E '^#[0-9]+ +DONE' "$log" | tail -1)"
+            echo "$target: $(grep -E '^#[0-9]+[[:space:]]+DONE' "$log" | tail -1)"
             continue
         fi
         failed=1
