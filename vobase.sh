@@ -8,6 +8,10 @@
 #   ./vobase.sh package  build (release) and make the Debian packages in build/release/packages
 #   ./vobase.sh bench    build (release) and run the benchmarks
 #   ./vobase.sh report   build (release), run the benchmarks and write bench/REPORT.md
+#   ./vobase.sh fuzz [seconds] [target...]
+#                        build the libFuzzer programs (clang) and run each target
+#                        (all when none is named) for seconds (default 60);
+#                        corpora, crashes and logs stay under build/fuzz/
 #
 # Missing Debian packages are installed with apt-get when running as root;
 # otherwise the exact apt-get line is printed and the script stops.
@@ -37,6 +41,62 @@ ensure_packages() {
 build() {
     cmake --preset release >/dev/null
     cmake --build --preset release
+}
+
+# Runs every named fuzz target (all when none is named) for a fixed time, as
+# many at once as there are cores. New corpus entries go to
+# build/fuzz/corpus/<target>, findings to build/fuzz/crashes/<target>,
+# libFuzzer's output to build/fuzz/logs/<target>.log. A finding fails the run
+# and is printed as a hex dump.
+fuzz_target() {
+    local target=$1 seconds=$2 out=build/fuzz
+    mkdir -p "$out/corpus/$target" "$out/crashes/$target" "$out/logs"
+    "$out/fuzz/fuzz_$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -malloc_limit_mb=512 \
+        -print_final_stats=1 -artifact_prefix="$out/crashes/$target/" \
+        "$out/corpus/$target" "$out/seeds/$target" >"$out/logs/$target.log" 2>&1
+}
+
+fuzz() {
+    local seconds=60
+    if [[ "${1:-}" =~ ^[0-9]+$ ]]; then seconds=$1; shift; fi
+    cmake --preset fuzz >/dev/null
+    cmake --build --preset fuzz
+    local out=build/fuzz
+    local targets=("$@")
+    if [ ${#targets[@]} -eq 0 ]; then
+        for program in "$out"/fuzz/fuzz_*; do
+            name=${program##*/fuzz_}
+            [ "$name" = seeds ] || targets+=("$name")
+        done
+    fi
+    rm -rf "$out/seeds" "$out/status"
+    mkdir -p "$out/status"
+    "$out/fuzz/fuzz_seeds" "$out/seeds" "${targets[@]}" >/dev/null
+    local jobs
+    jobs=$(nproc)
+    echo "Fuzzing ${#targets[@]} targets for $seconds s each, $jobs at a time"
+    for target in "${targets[@]}"; do
+        while [ "$(jobs -rp | wc -l)" -ge "$jobs" ]; do wait -n || true; done
+        ( if fuzz_target "$target" "$seconds"; then echo 0; else echo 1; fi >"$out/status/$target" ) &
+    done
+    wait
+    local failed=0
+    for target in "${targets[@]}"; do
+        local log="$out/logs/$target.log"
+        if [ "$(cat "$out/status/$target")" = 0 ]; then
+            echo "$target: $(grep -E '^#[0-9]+[[:space:]]+DONE' "$log" | tail -1)"
+            continue
+        fi
+        failed=1
+        echo "$target: FINDING (see $log)"
+        grep -E 'ERROR|SUMMARY|terminate|what\(\)' "$log" | head -5 || true
+        for artifact in "$out/crashes/$target"/*; do
+            [ -f "$artifact" ] || continue
+            echo "--- $artifact ($(stat -c %s "$artifact") bytes)"
+            od -An -tx1 -v "$artifact" | head -64
+        done
+    done
+    return $failed
 }
 
 case "${1:-}" in
@@ -101,8 +161,13 @@ case "${1:-}" in
         # Debian's interpreter: python3-matplotlib is installed for it.
         /usr/bin/python3 bench/report.py --build build/release "${@:2}"
         ;;
+    fuzz)
+        ensure_packages clang libclang-rt-14-dev
+        shift
+        fuzz "$@"
+        ;;
     *)
-        sed -n '2,13p' "$0"
+        sed -n '2,17p' "$0"
         exit 2
         ;;
 esac

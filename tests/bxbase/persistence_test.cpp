@@ -107,3 +107,95 @@ TEST(PersistenceJson, MalformedDocumentsAreRejected)
     std::string deep(100000, '[');
     EXPECT_THROW(Persistence::CJsonDataReader reader(deep), Persistence::CException);
 }
+
+namespace {
+
+// An object that reads its nested "Inner" entry as another of its kind, as
+// far down as the document goes, and counts the levels it reached.
+struct SNested : Persistence::ISerializable
+{
+    int levels = 0;
+    std::string GetTypeName() const override { return "SNested"; }
+    void WriteTo(Persistence::IDataWriter&) const override {}
+    void ReadFrom(const Persistence::IDataReader& r) override
+    {
+        SNested inner;
+        if (r.ReadObject("Inner", inner))
+            levels = inner.levels + 1;
+        else
+            levels = 1;
+    }
+};
+
+// {"Inner":{"Inner":...{}...}} with `depth` objects in all.
+std::string nestedObjects(std::size_t depth)
+{
+    std::string json;
+    for (std::size_t i = 1; i < depth; ++i)
+        json += "{\"Inner\":";
+    json += "{}";
+    json.append(depth - 1, '}');
+    return json;
+}
+
+}  // namespace
+
+TEST(PersistenceJson, NestingIsLimitedWhileParsing)
+{
+    const unsigned int limit = Persistence::CJsonDataReader::c_DefaultMaxDepth;
+    EXPECT_EQ(limit, 256u);
+    {
+        Persistence::CJsonDataReader reader(nestedObjects(limit));
+        EXPECT_EQ(reader.GetMaxDepth(), limit);
+        SNested root;
+        root.ReadFrom(reader);  // 256 nested reads through views of the one document
+        EXPECT_EQ(root.levels, int(limit));
+    }
+    try {
+        Persistence::CJsonDataReader reader(nestedObjects(limit + 1));
+        ADD_FAILURE() << "one level beyond the limit was read";
+    } catch (const Persistence::CException& e) {
+        EXPECT_EQ(e.GetFunctionName(), "Persistence::CJsonDataReader::CJsonDataReader");
+        EXPECT_NE(std::string(e.what()).find("256"), std::string::npos) << e.what();
+    }
+    // arrays count as levels too, wherever they sit
+    std::string arrays = "{\"a\":" + std::string(limit - 1, '[') + std::string(limit - 1, ']') + "}";
+    EXPECT_NO_THROW(Persistence::CJsonDataReader reader(arrays));
+    arrays = "{\"a\":" + std::string(limit, '[') + std::string(limit, ']') + "}";
+    EXPECT_THROW(Persistence::CJsonDataReader reader(arrays), Persistence::CException);
+
+    // the limit is the reader's own
+    EXPECT_THROW(Persistence::CJsonDataReader reader(nestedObjects(3), 2), Persistence::CException);
+    Persistence::CJsonDataReader shallow(nestedObjects(2), 2);
+    EXPECT_EQ(shallow.GetMaxDepth(), 2u);
+    Persistence::CJsonDataReader deeper(nestedObjects(1000), 1000);
+    SNested root;
+    root.ReadFrom(deeper);
+    EXPECT_EQ(root.levels, 1000);
+}
+
+// Once a fault: a document some thousands of levels deep parsed, and the
+// nested read then overflowed the stack copying the subtree.
+TEST(PersistenceJson, AHundredThousandLevelsAreRefusedNotCopied)
+{
+    const std::string deep = nestedObjects(100000);
+    EXPECT_THROW(
+        {
+            Persistence::CJsonDataReader reader(deep);
+            SNested root;
+            root.ReadFrom(reader);
+        },
+        Persistence::CException);
+}
+
+TEST(PersistenceJson, FloatEntriesBeyondFloatRangeThrow)
+{
+    Persistence::CJsonDataReader reader(R"({"big":1e300,"max":3.4e38})");
+    float f = 0;
+    EXPECT_THROW(reader.Read("big", f), Persistence::CException);
+    EXPECT_TRUE(reader.Read("max", f));
+    EXPECT_EQ(f, 3.4e38f);
+    double d = 0;
+    EXPECT_TRUE(reader.Read("big", d));
+    EXPECT_EQ(d, 1e300);
+}

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <limits>
 
 TEST(BxVariant, EveryKindGetsItsTag)
@@ -81,4 +82,48 @@ TEST(BxVariant, StringsCompareWithinTheirKindOtherwiseByTag)
     EXPECT_LT(BxVariant(), BxVariant(0));            // null first
     EXPECT_EQ(BxVariant(), BxVariant());
     EXPECT_LT(BxVariant(1000000), BxVariant(L"0"));  // numbers before wide text by tag
+}
+
+// A decoded variant may carry any floating value: a conversion that a C++ cast
+// leaves undefined throws like an out-of-range text does.
+TEST(BxVariant, FloatingValuesOutOfAnIntegerRangeThrowLikeText)
+{
+    const auto expectRefused = [](const BxVariant& v, auto target, const char* what) {
+        using T = decltype(target);
+        try {
+            (void)v.GetAs<T>();
+            ADD_FAILURE() << what << " converted";
+        } catch (const BxExceptionPreconditionViolation& e) {
+            EXPECT_EQ(e.GetFunctionName(), "BxVariant::GetAs") << what;
+        }
+    };
+    const float nanF = std::numeric_limits<float>::quiet_NaN();
+    const double inf = std::numeric_limits<double>::infinity();
+    expectRefused(BxVariant(1e30f), int(), "1e30f as int");
+    expectRefused(BxVariant(nanF), int(), "NaN as int");
+    expectRefused(BxVariant(-inf), (long long)0, "-inf as long long");
+    expectRefused(BxVariant(-1.0), 0u, "-1.0 as unsigned");
+    expectRefused(BxVariant(256.0f), (unsigned char)0, "256 as unsigned char");
+    expectRefused(BxVariant(-129.0), (signed char)0, "-129 as signed char");
+    expectRefused(BxVariant(32768.0), short(), "32768 as short");
+    expectRefused(BxVariant(18446744073709551616.0), 0ULL, "2^64 as unsigned long long");
+    expectRefused(BxVariant(9223372036854775808.0), 0LL, "2^63 as long long");
+    expectRefused(BxVariant(1e300), 0.0f, "1e300 as float");
+    EXPECT_THROW(static_cast<int>(BxVariant(1e30f)), BxExceptionPreconditionViolation);
+    BxVariant v(1e30f);
+    EXPECT_THROW(v.ConvertTo(BxVariant::eVT_Int16), BxExceptionPreconditionViolation);
+    EXPECT_EQ(v.GetType(), BxVariant::eVT_Float);  // unchanged after the refusal
+
+    // the edges that a cast does define still convert, truncating toward zero
+    EXPECT_EQ(BxVariant(-0.99).GetAs<unsigned int>(), 0u);
+    EXPECT_EQ(BxVariant(255.9f).GetAs<unsigned char>(), 255);
+    EXPECT_EQ(BxVariant(-128.5).GetAs<signed char>(), -128);
+    EXPECT_EQ(BxVariant(-9223372036854775808.0).GetAs<long long>(), std::numeric_limits<long long>::min());
+    EXPECT_EQ(BxVariant(18446744073709549568.0).GetAs<unsigned long long>(), 18446744073709549568ULL);
+    EXPECT_TRUE(BxVariant(nanF).GetAs<bool>());
+    EXPECT_TRUE(std::isnan(BxVariant(std::numeric_limits<double>::quiet_NaN()).GetAs<float>()));
+    EXPECT_TRUE(std::isinf(BxVariant(inf).GetAs<float>()));
+    EXPECT_EQ(BxVariant(3.4e38).GetAs<float>(), 3.4e38f);
+    // integer narrowing is defined (modulo 2^n) and stays as it is
+    EXPECT_EQ(BxVariant(300).GetAs<unsigned char>(), 44);
 }

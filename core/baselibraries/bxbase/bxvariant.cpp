@@ -60,6 +60,34 @@ T textToNumber(const std::string& text)
     }
 }
 
+// A floating value cast to another number kind, refused where the cast is
+// undefined: to an integer kind when the value is NaN or its integral part is
+// out of the kind's range, to float when a finite value exceeds float's range.
+// Integer targets are checked against the powers of two that bound them,
+// which every floating type holds exactly.
+template <class To, class From>
+To castFloating(From value)
+{
+    if constexpr (std::is_same_v<To, bool>) {
+        return static_cast<bool>(value);
+    } else if constexpr (std::is_integral_v<To>) {
+        using Limits = std::numeric_limits<To>;
+        const long double v = value;
+        const long double high = std::ldexp(1.0L, Limits::digits);
+        const long double low = Limits::is_signed ? -high : 0.0L;
+        // integral part in [low, high): v > low - 1 and v < high
+        if (!(v > low - 1.0L && v < high))
+            conversionFailed("floating value out of the range of the integer kind");
+        return static_cast<To>(value);
+    } else {
+        if constexpr (sizeof(To) < sizeof(From)) {
+            if (std::isfinite(value) && std::fabs(value) > static_cast<From>(std::numeric_limits<To>::max()))
+                conversionFailed("floating value out of the range of float");
+        }
+        return static_cast<To>(value);
+    }
+}
+
 template <class To, class From>
 To convert(const From& value)
 {
@@ -82,6 +110,8 @@ To convert(const From& value)
         else if constexpr (std::is_same_v<From, std::string>) return BxStringConvert::Utf8ToWideLossy(value);
         else if constexpr (isNumber<From>) return BxStringConvert::Utf8ToWideLossy(numberToText(value));
         else conversionFailed("no value to convert");
+    } else if constexpr (std::is_floating_point_v<From>) {
+        return castFloating<To>(value);
     } else if constexpr (isNumber<From>) {
         return static_cast<To>(value);
     } else if constexpr (std::is_same_v<From, std::string>) {

@@ -14,7 +14,11 @@
 //   16 unsigned long long, 18 std::string. Tags 19 and above are invalid.
 //
 // Conversions: numeric kinds (bool and char included) convert to each other
-// as C++ casts do; numbers convert to strings in their shortest decimal form;
+// as C++ casts do, except where such a cast is undefined: a floating value
+// that is NaN or whose integral part lies outside an integer kind, or a finite
+// double beyond float's range, throws BxExceptionPreconditionViolation
+// ("BxVariant::GetAs"), just as an out-of-range text does; numbers convert to
+// strings in their shortest decimal form;
 // strings convert to numbers when the whole string is a number that fits (bool
 // also accepts "true" and "false"), otherwise BxExceptionPreconditionViolation
 // is thrown. Null converts to zero and to the empty string.

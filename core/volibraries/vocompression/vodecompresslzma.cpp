@@ -1,5 +1,7 @@
 #include <vocompression/vodecompresslzma.h>
 
+#include <bxbase/bxexceptionstream.h>
+
 #include <algorithm>
 #include <cstdint>
 #include <new>
@@ -40,8 +42,11 @@ bool VoDecompressLZMA::Decompress(const void* data, unsigned int size)
             m_size = produced;
             return true;
         }
-        if (result != c_outputTooSmall || capacity >= m_maximumSize)
+        if (result != c_outputTooSmall)
             return false;
+        if (capacity >= m_maximumSize)
+            BX_THROW(BxExceptionStream, "VoDecompressLZMA::Decompress",
+                     "the data decompresses to more than the maximum of " + std::to_string(m_maximumSize) + " bytes");
         capacity = std::min<std::uint64_t>(capacity * 2, m_maximumSize);
     }
 }

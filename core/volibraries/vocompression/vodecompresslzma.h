@@ -8,7 +8,9 @@
 // Reads the .lzma and .xz formats. The result size is not known in advance:
 // the output space starts at four times the input (at least 64 KiB) and
 // doubles while the module reports it too small, up to GetMaximumSize()
-// (256 MiB unless changed), so corrupt input cannot make it allocate without bound.
+// (256 MiB unless changed), so corrupt input cannot make it allocate without
+// bound: data that would decompress to more throws BxExceptionStream
+// ("VoDecompressLZMA::Decompress").
 #pragma once
 
 #include <vocompression/vocompresslzma.h>
@@ -32,7 +34,8 @@ public:
 
     /// Decompresses `size` bytes into a result kept in this object; any earlier
     /// result is freed first. Returns false (and keeps no result) for corrupt,
-    /// truncated or unsupported data, or when the result would exceed the maximum size.
+    /// truncated or unsupported data; throws BxExceptionStream (and keeps no
+    /// result) when the data decompresses to more than the maximum size.
     bool Decompress(const void* data, unsigned int size);
 
     /// The last result (null when there is none; an empty result is not null).

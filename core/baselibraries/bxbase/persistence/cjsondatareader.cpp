@@ -5,13 +5,18 @@
 
 #include <nlohmann/json.hpp>
 
+#include <cmath>
 #include <limits>
 
 namespace Persistence {
 
+// The root reader owns the parsed document; a nested reader (ReadObject) only
+// points at its subtree inside the document of the reader that made it.
 struct CJsonDataReader::Impl
 {
-    nlohmann::json object;
+    nlohmann::json document;
+    const nlohmann::json* object = &document;
+    unsigned int maxDepth = c_DefaultMaxDepth;
 };
 
 namespace {
@@ -56,23 +61,39 @@ bool readFloating(const nlohmann::json& object, const std::string& key, T& value
     auto it = object.find(key);
     if (it == object.end())
         return false;
-    if (it->is_null())
+    if (it->is_null()) {
         value = std::numeric_limits<T>::quiet_NaN();
-    else if (it->is_number())
-        value = static_cast<T>(it->get<double>());
-    else
+    } else if (it->is_number()) {
+        const double v = it->get<double>();
+        if (std::isfinite(v) && std::fabs(v) > static_cast<double>(std::numeric_limits<T>::max()))
+            fail(key, "number out of range");
+        value = static_cast<T>(v);
+    } else
         fail(key, "not a number");
     return true;
 }
 
 }  // namespace
 
-CJsonDataReader::CJsonDataReader(const std::string& json) : m_impl(std::make_unique<Impl>())
+CJsonDataReader::CJsonDataReader(const std::string& json, unsigned int maxDepth)
+    : m_impl(std::make_unique<Impl>())
 {
-    m_impl->object = nlohmann::json::parse(json, nullptr, false);
-    if (m_impl->object.is_discarded())
+    m_impl->maxDepth = maxDepth;
+    // The parser reports the depth of every container it opens (0 for the
+    // top level): refuse the first one beyond the limit, before it is built.
+    const nlohmann::json::parser_callback_t checkDepth = [maxDepth](int depth, nlohmann::json::parse_event_t event,
+                                                                    nlohmann::json&) {
+        if ((event == nlohmann::json::parse_event_t::object_start ||
+             event == nlohmann::json::parse_event_t::array_start) &&
+            static_cast<unsigned int>(depth) >= maxDepth)
+            throw CException(__FILE__, __LINE__, "Persistence::CJsonDataReader::CJsonDataReader",
+                             "nesting deeper than " + std::to_string(maxDepth) + " levels");
+        return true;
+    };
+    m_impl->document = nlohmann::json::parse(json, checkDepth, false);
+    if (m_impl->document.is_discarded())
         throw CException(__FILE__, __LINE__, "Persistence::CJsonDataReader::CJsonDataReader", "malformed JSON");
-    if (!m_impl->object.is_object())
+    if (!m_impl->document.is_object())
         throw CException(__FILE__, __LINE__, "Persistence::CJsonDataReader::CJsonDataReader",
                          "the top level is not an object");
 }
@@ -80,12 +101,14 @@ CJsonDataReader::CJsonDataReader(const std::string& json) : m_impl(std::make_uni
 CJsonDataReader::CJsonDataReader(std::unique_ptr<Impl> impl) : m_impl(std::move(impl)) {}
 CJsonDataReader::~CJsonDataReader() = default;
 
-bool CJsonDataReader::Has(const std::string& key) const { return m_impl->object.contains(key); }
+unsigned int CJsonDataReader::GetMaxDepth() const noexcept { return m_impl->maxDepth; }
+
+bool CJsonDataReader::Has(const std::string& key) const { return m_impl->object->contains(key); }
 
 bool CJsonDataReader::Read(const std::string& key, bool& value) const
 {
-    auto it = m_impl->object.find(key);
-    if (it == m_impl->object.end())
+    auto it = m_impl->object->find(key);
+    if (it == m_impl->object->end())
         return false;
     if (!it->is_boolean())
         fail(key, "not a boolean");
@@ -93,22 +116,22 @@ bool CJsonDataReader::Read(const std::string& key, bool& value) const
     return true;
 }
 
-bool CJsonDataReader::Read(const std::string& key, char& value) const { return readInteger(m_impl->object, key, value); }
-bool CJsonDataReader::Read(const std::string& key, signed char& value) const { return readInteger(m_impl->object, key, value); }
-bool CJsonDataReader::Read(const std::string& key, unsigned char& value) const { return readInteger(m_impl->object, key, value); }
-bool CJsonDataReader::Read(const std::string& key, short& value) const { return readInteger(m_impl->object, key, value); }
-bool CJsonDataReader::Read(const std::string& key, unsigned short& value) const { return readInteger(m_impl->object, key, value); }
-bool CJsonDataReader::Read(const std::string& key, int& value) const { return readInteger(m_impl->object, key, value); }
-bool CJsonDataReader::Read(const std::string& key, unsigned int& value) const { return readInteger(m_impl->object, key, value); }
-bool CJsonDataReader::Read(const std::string& key, long long& value) const { return readInteger(m_impl->object, key, value); }
-bool CJsonDataReader::Read(const std::string& key, unsigned long long& value) const { return readInteger(m_impl->object, key, value); }
-bool CJsonDataReader::Read(const std::string& key, float& value) const { return readFloating(m_impl->object, key, value); }
-bool CJsonDataReader::Read(const std::string& key, double& value) const { return readFloating(m_impl->object, key, value); }
+bool CJsonDataReader::Read(const std::string& key, char& value) const { return readInteger(*m_impl->object, key, value); }
+bool CJsonDataReader::Read(const std::string& key, signed char& value) const { return readInteger(*m_impl->object, key, value); }
+bool CJsonDataReader::Read(const std::string& key, unsigned char& value) const { return readInteger(*m_impl->object, key, value); }
+bool CJsonDataReader::Read(const std::string& key, short& value) const { return readInteger(*m_impl->object, key, value); }
+bool CJsonDataReader::Read(const std::string& key, unsigned short& value) const { return readInteger(*m_impl->object, key, value); }
+bool CJsonDataReader::Read(const std::string& key, int& value) const { return readInteger(*m_impl->object, key, value); }
+bool CJsonDataReader::Read(const std::string& key, unsigned int& value) const { return readInteger(*m_impl->object, key, value); }
+bool CJsonDataReader::Read(const std::string& key, long long& value) const { return readInteger(*m_impl->object, key, value); }
+bool CJsonDataReader::Read(const std::string& key, unsigned long long& value) const { return readInteger(*m_impl->object, key, value); }
+bool CJsonDataReader::Read(const std::string& key, float& value) const { return readFloating(*m_impl->object, key, value); }
+bool CJsonDataReader::Read(const std::string& key, double& value) const { return readFloating(*m_impl->object, key, value); }
 
 bool CJsonDataReader::Read(const std::string& key, std::string& value) const
 {
-    auto it = m_impl->object.find(key);
-    if (it == m_impl->object.end())
+    auto it = m_impl->object->find(key);
+    if (it == m_impl->object->end())
         return false;
     if (!it->is_string())
         fail(key, "not a string");
@@ -131,13 +154,16 @@ bool CJsonDataReader::Read(const std::string& key, std::wstring& value) const
 
 bool CJsonDataReader::ReadObject(const std::string& key, ISerializable& object) const
 {
-    auto it = m_impl->object.find(key);
-    if (it == m_impl->object.end())
+    auto it = m_impl->object->find(key);
+    if (it == m_impl->object->end())
         return false;
     if (!it->is_object())
         fail(key, "not an object");
+    // A view of the subtree, not a copy: the nested reader lives only for
+    // this call, inside this reader's lifetime.
     auto impl = std::make_unique<Impl>();
-    impl->object = *it;
+    impl->object = &*it;
+    impl->maxDepth = m_impl->maxDepth;
     CJsonDataReader nested(std::move(impl));
     object.ReadFrom(nested);
     return true;

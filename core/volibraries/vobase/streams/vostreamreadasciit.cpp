@@ -4,6 +4,7 @@
 #include <bxbase/bxstringconvert.h>
 
 #include <cerrno>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
@@ -254,7 +255,12 @@ VoStreamReadASCIIT<TString>& VoStreamReadASCIIT<TString>::operator>>(unsigned lo
 template <class TString>
 VoStreamReadASCIIT<TString>& VoStreamReadASCIIT<TString>::operator>>(float& value)
 {
-    value = static_cast<float>(readDouble());
+    const double parsed = readDouble();
+    // A finite number beyond float's range has no float value: refused like
+    // any other number out of range (infinities and NaN carry over).
+    if (std::isfinite(parsed) && std::fabs(parsed) > std::numeric_limits<float>::max())
+        BX_THROW(BxExceptionStream, c_operator, "number out of range for float: " + std::to_string(parsed));
+    value = static_cast<float>(parsed);
     return *this;
 }
 

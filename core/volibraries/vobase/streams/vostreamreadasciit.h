@@ -17,7 +17,8 @@
 // and a range check (a signed 32-bit value is not range-checked and saturates
 // as a 32-bit strtol does); 64-bit values with sscanf "%lli" / "%llu", which
 // also accept hexadecimal and octal prefixes and ignore trailing characters.
-// Floating-point values need the whole word to parse with strtod.
+// Floating-point values need the whole word to parse with strtod; a finite
+// value beyond float's range read as a float is out of range too.
 //
 // For a wide TString the bytes are read as Windows-1252 text.
 //

@@ -100,3 +100,9 @@ std::size_t VoStreamReadBinaryFile::read(void* data, std::size_t count)
 {
     return m_activeStream->ReadBuffer(data, count);
 }
+
+void VoStreamReadBinaryFile::SetMaximumSize(std::uint64_t size) noexcept
+{
+    if (auto* zip = dynamic_cast<VoStreamReadCompressedZIP*>(m_activeStream.get()))
+        zip->SetMaximumSize(size);
+}

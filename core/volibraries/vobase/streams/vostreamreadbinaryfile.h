@@ -23,6 +23,7 @@
 #include <bxbase/bxstreamreadbinary.h>
 
 #include <iosfwd>
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -45,6 +46,11 @@ public:
     /// stream is borrowed and must outlive this object.
     explicit VoStreamReadBinaryFile(std::istream& archive);
     ~VoStreamReadBinaryFile() override;
+
+    /// For a ZIP archive, the most bytes its payload may inflate to (0, the
+    /// default, for no limit); beyond it reading throws BxExceptionStream.
+    /// Plain and stored data ignore it: they cannot be larger than the input.
+    void SetMaximumSize(std::uint64_t size) noexcept;
 
     /// The file name after environment interpretation (empty for a std::istream).
     const wchar_t* GetFilename() const noexcept { return m_filename.c_str(); }

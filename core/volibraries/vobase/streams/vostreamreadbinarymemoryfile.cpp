@@ -59,3 +59,9 @@ std::optional<std::uint64_t> VoStreamReadBinaryMemoryFile::remaining() const
         return std::nullopt;
     return getAreaSize();
 }
+
+void VoStreamReadBinaryMemoryFile::SetMaximumSize(std::uint64_t size) noexcept
+{
+    if (m_decompressingStream)
+        m_decompressingStream->SetMaximumSize(size);
+}

@@ -36,6 +36,11 @@ public:
     explicit VoStreamReadBinaryMemoryFile(const BxArray<unsigned char>& data);
     ~VoStreamReadBinaryMemoryFile() override;
 
+    /// For a ZIP archive, the most bytes its payload may inflate to (0, the
+    /// default, for no limit); beyond it reading throws BxExceptionStream.
+    /// Plain and stored data ignore it: they cannot be larger than the input.
+    void SetMaximumSize(std::uint64_t size) noexcept;
+
 protected:
     /// Header detection; runs from both constructors.
     void init();

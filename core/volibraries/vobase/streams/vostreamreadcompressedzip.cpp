@@ -68,6 +68,10 @@ std::size_t VoStreamReadCompressedZIP::inflateToBuffer(void* out, std::size_t si
     z_stream& z = *m_stream;
     // zlib counts output in 32-bit units: larger requests are served in part.
     size = std::min<std::size_t>(size, 1u << 30);
+    // With a maximum, inflate at most one byte beyond it: enough to tell that
+    // the data goes on, never much more than allowed.
+    if (m_maximumSize)
+        size = std::min<std::uint64_t>(size, m_maximumSize - std::min<std::uint64_t>(z.total_out, m_maximumSize) + 1);
     z.next_out = static_cast<Bytef*>(out);
     z.avail_out = static_cast<uInt>(size);
     inflate(&z, m_endOfInput ? Z_FINISH : Z_NO_FLUSH);
@@ -79,5 +83,8 @@ std::size_t VoStreamReadCompressedZIP::inflateToBuffer(void* out, std::size_t si
         z.avail_in = static_cast<uInt>(got);
         inflate(&z, m_endOfInput ? Z_FINISH : Z_NO_FLUSH);
     }
+    if (m_maximumSize && z.total_out > m_maximumSize)
+        BX_THROW(BxExceptionStream, "VoStreamReadCompressedZIP::read",
+                 "the data inflates to more than the maximum of " + std::to_string(m_maximumSize) + " bytes");
     return size - z.avail_out;
 }

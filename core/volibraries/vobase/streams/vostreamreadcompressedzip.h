@@ -14,6 +14,10 @@
 // Corrupt or truncated input is not detected as such: it ends in a short read
 // (and so a BxExceptionStream from the typed reads), never in a hang or an
 // allocation that depends on the data.
+//
+// A valid stream may inflate to any size, so there is no limit by default;
+// SetMaximumSize(n) makes inflating more than n bytes in all throw
+// BxExceptionStream ("VoStreamReadCompressedZIP::read").
 #pragma once
 
 #include <vobase/streams/vostreamfilter.h>
@@ -43,6 +47,10 @@ public:
     explicit VoStreamReadCompressedZIP(std::unique_ptr<BxStreamReadBinary> inner);
     ~VoStreamReadCompressedZIP() override;
 
+    /// The most bytes the stream may inflate to; 0 (the default) means no limit.
+    void SetMaximumSize(std::uint64_t size) noexcept { m_maximumSize = size; }
+    std::uint64_t GetMaximumSize() const noexcept { return m_maximumSize; }
+
 protected:
     /// Delivers up to `count` inflated bytes; fewer at the end of the data.
     std::size_t read(void* data, std::size_t count) override;
@@ -54,6 +62,7 @@ private:
 
     std::unique_ptr<z_stream_s> m_stream;   ///< zlib state
     std::uint32_t m_endOfInput = 0;         ///< set once the inner stream delivered a short piece
+    std::uint64_t m_maximumSize = 0;        ///< inflated bytes allowed in all; 0 for no limit
     unsigned char m_input[c_InputSize];
     unsigned char m_inflated[c_InflatedSize];
 };
