@@ -60,7 +60,8 @@ protected:
         const std::size_t piece = std::min(m_piece, m_data.size() - m_position);
         const std::size_t direct = std::min(piece, count);
         const auto* begin = reinterpret_cast<const std::byte*>(m_data.data() + m_position);
-        std::memcpy(data, begin, direct);
+        if (direct)
+            std::memcpy(data, begin, direct);
         setGetArea(begin + direct, begin + piece);
         m_position += piece;
         return direct;
