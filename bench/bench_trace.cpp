@@ -16,6 +16,13 @@ std::atomic<std::uint64_t> g_work{0};
 /// The work a hook point surrounds: one relaxed increment.
 void work() { g_work.fetch_add(1, std::memory_order_relaxed); }
 
+/// Seconds per iteration (one event each), which the report shows in ns.
+void countPerEvent(benchmark::State& state)
+{
+    state.counters["ns_per_event"] = benchmark::Counter(static_cast<double>(state.iterations()),
+                                                        benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+}
+
 void BM_TraceSpanOn(benchmark::State& state)
 {
     BxTraceRecorder::Start(4096); // a small ring: steady state overwrites, as a long recording does
@@ -24,9 +31,7 @@ void BM_TraceSpanOn(benchmark::State& state)
         work();
     }
     BxTraceRecorder::Stop();
-    state.counters["ns_per_event"] =
-        benchmark::Counter(static_cast<double>(state.iterations()), benchmark::Counter::kIsRate |
-                                                                        benchmark::Counter::kInvert);
+    countPerEvent(state);
 }
 BENCHMARK(BM_TraceSpanOn);
 
@@ -38,9 +43,7 @@ void BM_TraceInstantOn(benchmark::State& state)
         work();
     }
     BxTraceRecorder::Stop();
-    state.counters["ns_per_event"] =
-        benchmark::Counter(static_cast<double>(state.iterations()), benchmark::Counter::kIsRate |
-                                                                        benchmark::Counter::kInvert);
+    countPerEvent(state);
 }
 BENCHMARK(BM_TraceInstantOn);
 
@@ -52,9 +55,7 @@ void BM_TraceWideFlowOn(benchmark::State& state)
         work();
     }
     BxTraceRecorder::Stop();
-    state.counters["ns_per_event"] =
-        benchmark::Counter(static_cast<double>(state.iterations()), benchmark::Counter::kIsRate |
-                                                                        benchmark::Counter::kInvert);
+    countPerEvent(state);
 }
 BENCHMARK(BM_TraceWideFlowOn);
 
