@@ -37,11 +37,15 @@ public:
     /// Moves the read position to `position` (at most the block's size).
     void SetPosition(std::size_t position);
 
+    // The base class's string reads, documented there (hidden from the reference).
+    /// @cond
     using BxStreamReadBinary::operator>>;
+    /// @endcond
     /// @name Reading values
     /// The base class's typed reads (same encoding, same BxExceptionStream at
     /// the end of the data), with the cursor kept in the caller's registers.
     //@{
+    /// Reads one byte: any non-zero byte is true.
     BxStreamReadBinaryBuffer& operator>>(bool& v)
     {
         std::uint8_t byte;
@@ -49,18 +53,31 @@ public:
         v = byte != 0;
         return *this;
     }
+    /// Reads a `char` (little-endian, sizeof(char) bytes).
     BxStreamReadBinaryBuffer& operator>>(char& v) { return get(v); }
+    /// Reads a `signed char` (little-endian, sizeof(signed char) bytes).
     BxStreamReadBinaryBuffer& operator>>(signed char& v) { return get(v); }
+    /// Reads a `unsigned char` (little-endian, sizeof(unsigned char) bytes).
     BxStreamReadBinaryBuffer& operator>>(unsigned char& v) { return get(v); }
+    /// Reads a `short` (little-endian, sizeof(short) bytes).
     BxStreamReadBinaryBuffer& operator>>(short& v) { return get(v); }
+    /// Reads a `unsigned short` (little-endian, sizeof(unsigned short) bytes).
     BxStreamReadBinaryBuffer& operator>>(unsigned short& v) { return get(v); }
+    /// Reads a `int` (little-endian, sizeof(int) bytes).
     BxStreamReadBinaryBuffer& operator>>(int& v) { return get(v); }
+    /// Reads a `unsigned int` (little-endian, sizeof(unsigned int) bytes).
     BxStreamReadBinaryBuffer& operator>>(unsigned int& v) { return get(v); }
+    /// Reads a `long` (little-endian, sizeof(long) bytes).
     BxStreamReadBinaryBuffer& operator>>(long& v) { return get(v); }
+    /// Reads a `unsigned long` (little-endian, sizeof(unsigned long) bytes).
     BxStreamReadBinaryBuffer& operator>>(unsigned long& v) { return get(v); }
+    /// Reads a `long long` (little-endian, sizeof(long long) bytes).
     BxStreamReadBinaryBuffer& operator>>(long long& v) { return get(v); }
+    /// Reads a `unsigned long long` (little-endian, sizeof(unsigned long long) bytes).
     BxStreamReadBinaryBuffer& operator>>(unsigned long long& v) { return get(v); }
+    /// Reads a `float` (little-endian, sizeof(float) bytes).
     BxStreamReadBinaryBuffer& operator>>(float& v) { return get(v); }
+    /// Reads a `double` (little-endian, sizeof(double) bytes).
     BxStreamReadBinaryBuffer& operator>>(double& v) { return get(v); }
     //@}
 

@@ -36,12 +36,13 @@ struct BxTraceEvent
     std::uint64_t id = 0;            ///< flow or async id ('s', 'f', 'b', 'e')
     const char* category = "";       ///< a string literal (never freed)
     char phase = 'i';                ///< 'X', 'B', 'E', 'i', 's', 'f', 'b', 'e'
-    char name[kNameCapacity + 1] = {};
+    char name[kNameCapacity + 1] = {}; ///< UTF-8, zero-terminated
 
     /// Copies `text` into name, cut at kNameCapacity bytes on a UTF-8 boundary.
     void SetName(std::string_view text) noexcept;
 };
 
+/// One thread's bounded ring of trace events, written by that thread alone.
 class BXBASE_API BxTraceBuffer
 {
 public:

@@ -36,6 +36,7 @@
 #include <string>
 #include <string_view>
 
+/// The process-wide recorder of the trace (Trace Event Format JSON).
 class BXBASE_API BxTraceRecorder
 {
 public:
@@ -80,10 +81,13 @@ public:
     /// Ends the async span `id` ('e'); the name must be the one AsyncBegin gave.
     static void AsyncEnd(const char* category, std::string_view name, std::uint64_t id) noexcept;
 
-    /// Wide-text names (class names of messages, for example), kept as UTF-8.
+    /// Complete() with a wide-text name (a message's class name, for example), kept as UTF-8.
     static void Complete(const char* category, std::wstring_view name, std::uint64_t start) noexcept;
+    /// Instant() with a wide-text name, kept as UTF-8.
     static void Instant(const char* category, std::wstring_view name) noexcept;
+    /// FlowStart() with a wide-text name, kept as UTF-8.
     static void FlowStart(const char* category, std::wstring_view name, std::uint64_t id) noexcept;
+    /// FlowEnd() with a wide-text name, kept as UTF-8.
     static void FlowEnd(const char* category, std::wstring_view name, std::uint64_t id) noexcept;
 
     /// Starts recording when VOBASE_TRACE names a file, and writes it at exit.

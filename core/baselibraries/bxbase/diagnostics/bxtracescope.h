@@ -15,9 +15,11 @@
 #include <cstdint>
 #include <string_view>
 
+/// A span of the calling thread, recorded as one complete event when it ends.
 class BxTraceScope
 {
 public:
+    /// Begins the span `name` of `category` (both must outlive the scope).
     BxTraceScope(const char* category, std::string_view name) noexcept
         : m_category(category), m_name(name), m_start(BxTraceRecorder::IsOn() ? BxTraceRecorder::Now() : 0)
     {

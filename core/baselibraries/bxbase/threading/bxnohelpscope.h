@@ -33,6 +33,7 @@
 
 #include <cstdint>
 
+/// Marks the calling thread as one that must not run other tasks while it waits.
 class BXBASE_API BxNoHelpScope
 {
 public:

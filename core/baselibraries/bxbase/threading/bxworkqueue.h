@@ -36,6 +36,7 @@
 #include <mutex>
 #include <vector>
 
+/// One pool worker's queue of tasks: the owner takes the newest, thieves the oldest.
 class BXBASE_API BxWorkQueue
 {
 public:

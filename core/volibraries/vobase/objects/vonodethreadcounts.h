@@ -30,14 +30,15 @@
 #include <memory>
 #include <unordered_map>
 
+/// A node's read and write lock counts per thread: a few inline entries, a map beyond them.
 class VOBASE_API VoNodeThreadCounts
 {
 public:
     /// The read and write counts of one thread on one node.
     struct SReadWriteCount
     {
-        std::uint32_t readCount = 0;
-        std::uint32_t writeCount = 0;
+        std::uint32_t readCount = 0;  ///< read locks the thread holds on the node
+        std::uint32_t writeCount = 0; ///< write locks the thread holds on the node
     };
 
     /// Threads whose entries live inside the object.
@@ -56,6 +57,7 @@ public:
                 return &m_inline[i].counts;
         return m_overflow ? findOverflow(threadId) : nullptr;
     }
+    /// The thread's entry, or null when it has none (read-only form).
     const SReadWriteCount* Find(std::uint32_t threadId) const noexcept
     {
         return const_cast<VoNodeThreadCounts*>(this)->Find(threadId);

@@ -49,6 +49,7 @@ public:
 
     /// The most bytes the stream may inflate to; 0 (the default) means no limit.
     void SetMaximumSize(std::uint64_t size) noexcept { m_maximumSize = size; }
+    /// The most bytes the stream may inflate to; 0 means no limit.
     std::uint64_t GetMaximumSize() const noexcept { return m_maximumSize; }
 
 protected:

@@ -51,6 +51,7 @@ namespace TaskManager {
 
 class VoTaskGraphProcessing;
 
+/// The cached shape of one connected component of a task graph, in walk order.
 class VOBASE_API VoTaskGraphShape
 {
 public:
@@ -60,13 +61,13 @@ public:
     /// One node of the component.
     struct SEntry
     {
-        VoGraphNode* node = nullptr;
+        VoGraphNode* node = nullptr;          ///< the graph node of the work item
         IWorkItem* item = nullptr;             ///< owned by the node's work-item slot
         SWorkItemStatus* status = nullptr;     ///< the node's status slot
         std::int32_t* taskID = nullptr;        ///< the node's task-ID slot
         std::uint32_t firstSuccessor = 0;      ///< into the successor and child arrays
-        std::uint32_t successorCount = 0;
-        std::uint32_t predecessorCount = 0;
+        std::uint32_t successorCount = 0;      ///< items that depend on this one
+        std::uint32_t predecessorCount = 0;    ///< items this one depends on
         bool validated = false;                ///< its fork-join shape passed validation as a start node
     };
 
@@ -82,7 +83,9 @@ public:
 
     /// The number of nodes.
     std::uint32_t GetCount() const noexcept { return static_cast<std::uint32_t>(m_entries.size()); }
+    /// The node at `index` in walk order.
     SEntry& Entry(std::uint32_t index) noexcept { return m_entries[index]; }
+    /// The node at `index` in walk order (read-only form).
     const SEntry& Entry(std::uint32_t index) const noexcept { return m_entries[index]; }
     /// The nodes in the shape's order.
     const std::vector<VoGraphNode*>& GetNodes() const noexcept { return m_nodes; }

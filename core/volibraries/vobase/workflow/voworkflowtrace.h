@@ -19,6 +19,7 @@
 #include <vobase/workflow/ccontexttransferfunction.h>
 #include <vobase/workflow/iinterceptorworkflowmanager.h>
 
+/// Records a workflow manager's steps as instant events of the trace.
 class VOBASE_API VoWorkflowTrace
 {
 public:
