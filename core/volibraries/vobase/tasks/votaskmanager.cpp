@@ -744,13 +744,15 @@ void VoTaskManager::Start(const char* name, EPriority priority)
     // One pass over the component: every node gets the new task ID, and the
     // start node and its dependents are scheduled (the ID first, so that the
     // closing pass of a stopped older task leaves them alone).
-    shape->ForEachNode(
+    // (a named reference: clang 14 cannot capture a structured binding)
+    auto& component = *shape;
+    component.ForEachNode(
         start,
-        [&shape, id](std::uint32_t i) {
-            std::atomic_ref<std::int32_t>(*shape->Entry(i).taskID).store(id, std::memory_order_release);
+        [&component, id](std::uint32_t i) {
+            std::atomic_ref<std::int32_t>(*component.Entry(i).taskID).store(id, std::memory_order_release);
         },
-        [&shape](std::uint32_t i) {
-            shape->Entry(i).status->computationState.store(eCS_Scheduled, std::memory_order_release);
+        [&component](std::uint32_t i) {
+            component.Entry(i).status->computationState.store(eCS_Scheduled, std::memory_order_release);
         });
     m_impl->nextTaskID = id == kLastTaskID ? 0 : id + 1;
     BxThreadPool::GetInstance().AddTask(task, poolPriority);
