@@ -11,7 +11,9 @@
 #   ./vobase.sh fuzz [seconds] [target...]
 #                        build the libFuzzer programs (clang) and run each target
 #                        (all when none is named) for seconds (default 60);
-#                        corpora, crashes and logs stay under build/fuzz/
+#                        corpora, crashes and logs stay under build/fuzz/;
+#                        VOBASE_FUZZ_JOBS sets how many run at once (default: cores),
+#                        build/fuzz/history.txt keeps every finished run's totals
 #
 # Missing Debian packages are installed with apt-get when running as root;
 # otherwise the exact apt-get line is printed and the script stops.
@@ -73,7 +75,7 @@ fuzz() {
     mkdir -p "$out/status"
     "$out/fuzz/fuzz_seeds" "$out/seeds" "${targets[@]}" >/dev/null
     local jobs
-    jobs=$(nproc)
+    jobs=${VOBASE_FUZZ_JOBS:-$(nproc)}
     echo "Fuzzing ${#targets[@]} targets for $seconds s each, $jobs at a time"
     for target in "${targets[@]}"; do
         while [ "$(jobs -rp | wc -l)" -ge "$jobs" ]; do wait -n || true; done
@@ -84,7 +86,10 @@ fuzz() {
     for target in "${targets[@]}"; do
         local log="$out/logs/$target.log"
         if [ "$(cat "$out/status/$target")" = 0 ]; then
-            echo "$target: $(grep -E '^#[0-9]+[[:space:]]+DONE' "$log" | tail -1)"
+            local done_line
+            done_line=$(grep -E '^#[0-9]+[[:space:]]+DONE' "$log" | tail -1)
+            echo "$target: $done_line"
+            echo "$(date -u +%FT%TZ) $target ${seconds}s $done_line" >>"$out/history.txt"
             continue
         fi
         failed=1
