@@ -13,8 +13,11 @@
 #include <cassert>
 #include <utility>
 
+/// Default policy: a result that nobody looked at is a programming error; asserts in debug builds, does nothing in
+/// release builds.
 struct BxCheckReturnPolicyAssert
 {
+    /// Called by the destructor of an unchecked BxCheckReturn; asserts (debug builds only).
     static void OnUnchecked() noexcept
     {
         assert(!"BxCheckReturn: a result that may signal failure was never looked at");
@@ -24,6 +27,7 @@ struct BxCheckReturnPolicyAssert
 /// Policy for results whose check is optional.
 struct BxCheckReturnPolicyIgnore
 {
+    /// Called by the destructor of an unchecked BxCheckReturn; does nothing.
     static void OnUnchecked() noexcept {}
 };
 
@@ -33,8 +37,12 @@ template <class T, class Policy = BxCheckReturnPolicyAssert>
 class [[nodiscard]] BxCheckReturn
 {
 public:
+    /// Wraps the result of an operation; it starts unchecked. Implicit, so that a function can simply return its
+    /// value.
     BxCheckReturn(T value) : m_value(std::move(value)) {}
 
+    /// Takes over the value and its checked mark; `other` counts as checked afterwards, so only the new object
+    /// reports an unchecked result.
     BxCheckReturn(BxCheckReturn&& other) noexcept : m_value(std::move(other.m_value)), m_checked(other.m_checked)
     {
         other.m_checked = true;

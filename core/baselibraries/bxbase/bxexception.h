@@ -25,10 +25,14 @@ class BXBASE_API BxException : public std::exception, public IException
 public:
     /// sourceFile and functionName must be non-null; message may be empty.
     BxException(const char* sourceFile, int line, const char* functionName, std::string message = {});
+    /// As above, with a wide message; it is kept as UTF-8, malformed characters replaced by U+FFFD.
     BxException(const char* sourceFile, int line, const char* functionName, const std::wstring& message);
 
+    /// The source file that threw (as given, usually `__FILE__`).
     const std::string& GetSourceFile() const noexcept { return m_sourceFile; }
+    /// The line in GetSourceFile() that threw.
     int GetLine() const noexcept { return m_line; }
+    /// The qualified function name the thrower gave, for example "VoSemanticVersion::operator =".
     const std::string& GetFunctionName() const noexcept { return m_functionName; }
     /// The message in UTF-8 (empty when none was given).
     const std::string& GetMessage() const noexcept { return m_message; }

@@ -14,6 +14,7 @@
 class BXBASE_API BxExceptionStd : public BxException
 {
 public:
+    /// Records the throwing place and copies `inner.what()` as the message; `inner` itself is not kept.
     BxExceptionStd(const char* sourceFile, int line, const char* functionName, const std::exception& inner)
         : BxException(sourceFile, line, functionName, std::string(inner.what()))
     {

@@ -14,6 +14,8 @@
 template <int Revision>
 class BxIDumpable;
 
+/// Revision 1 of the dump interface: the whole readable dump is written by one call of dump(). Implemented by
+/// classes whose state is worth printing for diagnostics (lock tables, trees, task graphs).
 template <>
 class BxIDumpable<1>
 {

@@ -18,10 +18,13 @@ class BxReferenceCounter
 {
 public:
     BxReferenceCounter() noexcept = default;
+    /// Starts at `initial` references (the default constructor starts at 0).
     explicit BxReferenceCounter(T initial) noexcept : m_count(initial) {}
 
     // A counter belongs to one object: copying an object never copies its count.
+    /// Starts a copied object at 0 references: the copy is a new object that nobody holds yet.
     BxReferenceCounter(const BxReferenceCounter&) noexcept : m_count(0) {}
+    /// Keeps this object's own count: assigning one object's contents to another does not change who holds it.
     BxReferenceCounter& operator=(const BxReferenceCounter&) noexcept { return *this; }
 
     /// Adds one reference and returns the new count.

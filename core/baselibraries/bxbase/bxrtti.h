@@ -32,9 +32,15 @@
 class BXBASE_API BxRTTI
 {
 public:
+    /// Creates a new default-constructed object of the class (the class's static CreateByFactory).
     using Factory = std::unique_ptr<IObject> (*)();
+    /// Creates a copy of the given object, which is of the class.
     using CloneFactory = std::unique_ptr<IObject> (*)(const IObject&);
 
+    /// Builds the record and registers it under `className` (a name already registered keeps its first record;
+    /// this one then is not found by name). `bases` are the records of the direct bases (null entries are
+    /// skipped by IsKindOf); a null `factory` marks an abstract class. Meant for static storage, through the
+    /// BX_IMPLEMENT_RTTI macros; thread-safe.
     BxRTTI(const wchar_t* className, std::initializer_list<const BxRTTI*> bases, Factory factory = nullptr,
            CloneFactory cloneFactory = nullptr);
     ~BxRTTI();
@@ -49,7 +55,9 @@ public:
     /// True when this record is rtti or one of its bases, directly or not.
     bool IsKindOf(const BxRTTI& rtti) const noexcept;
 
+    /// True when CreateObject() can make objects (the class is not abstract).
     bool HasFactory() const noexcept { return m_factory != nullptr; }
+    /// True when CloneObject() can copy objects.
     bool HasCloneFactory() const noexcept { return m_cloneFactory != nullptr; }
 
     /// A new default-constructed object of the class; null for abstract classes.

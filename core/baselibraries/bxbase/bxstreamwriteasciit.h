@@ -29,22 +29,39 @@ public:
     /// characters as they are (a null pointer writes nothing), booleans as
     /// "true" or "false", numbers in their shortest decimal form.
     //@{
+    /// Writes narrow (UTF-8) text as it is; a null pointer writes nothing.
     BxStreamWriteASCIIT& operator<<(const char* text) { write(text ? text : ""); return *this; }
+    /// Writes wide text as it is; a null pointer writes nothing.
     BxStreamWriteASCIIT& operator<<(const wchar_t* text) { write(text ? text : L""); return *this; }
+    /// Writes narrow (UTF-8) text up to its first null character.
     BxStreamWriteASCIIT& operator<<(const std::string& text) { write(text.c_str()); return *this; }
+    /// Writes wide text up to its first null character.
     BxStreamWriteASCIIT& operator<<(const std::wstring& text) { write(text.c_str()); return *this; }
+    /// Writes one narrow character.
     BxStreamWriteASCIIT& operator<<(char c) { const char t[2] = {c, 0}; write(t); return *this; }
+    /// Writes one wide character.
     BxStreamWriteASCIIT& operator<<(wchar_t c) { const wchar_t t[2] = {c, 0}; write(t); return *this; }
+    /// Writes "true" or "false".
     BxStreamWriteASCIIT& operator<<(bool v) { write(v ? "true" : "false"); return *this; }
+    /// Writes the number in decimal.
     BxStreamWriteASCIIT& operator<<(short v) { return *this << static_cast<long long>(v); }
+    /// Writes the number in decimal.
     BxStreamWriteASCIIT& operator<<(unsigned short v) { return *this << static_cast<unsigned long long>(v); }
+    /// Writes the number in decimal.
     BxStreamWriteASCIIT& operator<<(int v) { return *this << static_cast<long long>(v); }
+    /// Writes the number in decimal.
     BxStreamWriteASCIIT& operator<<(unsigned int v) { return *this << static_cast<unsigned long long>(v); }
+    /// Writes the number in decimal.
     BxStreamWriteASCIIT& operator<<(long v) { return *this << static_cast<long long>(v); }
+    /// Writes the number in decimal.
     BxStreamWriteASCIIT& operator<<(unsigned long v) { return *this << static_cast<unsigned long long>(v); }
+    /// Writes the number in decimal.
     BxStreamWriteASCIIT& operator<<(long long v);
+    /// Writes the number in decimal.
     BxStreamWriteASCIIT& operator<<(unsigned long long v);
+    /// Writes the shortest decimal form that reads back as the same float ("0.1", "1e+20", "inf", "nan").
     BxStreamWriteASCIIT& operator<<(float v);
+    /// Writes the shortest decimal form that reads back as the same double ("0.1", "1e+100", "inf", "nan").
     BxStreamWriteASCIIT& operator<<(double v);
     //@}
 

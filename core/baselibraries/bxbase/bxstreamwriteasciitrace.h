@@ -20,6 +20,8 @@ class BXBASE_API BxStreamWriteASCIITrace : public BxStreamWriteASCIIT<std::wstri
 public:
     /// Logs to a default logger of the category "Trace".
     BxStreamWriteASCIITrace();
+    /// Logs each line to `logger` at trace level (nothing is logged when it is null); the stream keeps a
+    /// reference to it.
     explicit BxStreamWriteASCIITrace(BxSmartPointer<Logging::ILogger> logger);
     ~BxStreamWriteASCIITrace() override;
 

@@ -22,15 +22,25 @@
 class BXBASE_API BxStringConvert
 {
 public:
+    /// Wide text to UTF-8; throws BxExceptionStream on a surrogate or a value above U+10FFFF.
     static std::string WideToUtf8(std::wstring_view text);
+    /// UTF-8 to wide text; throws BxExceptionStream on a malformed or overlong sequence.
     static std::wstring Utf8ToWide(std::string_view text);
+    /// As WideToUtf8, but each invalid character becomes U+FFFD; never throws on content. Used where text must get
+    /// through no matter what (exception messages, logs).
     static std::string WideToUtf8Lossy(std::wstring_view text);
+    /// As Utf8ToWide, but each malformed sequence becomes U+FFFD; never throws on content.
     static std::wstring Utf8ToWideLossy(std::string_view text);
 
+    /// Wide text to UTF-16 code units (characters above U+FFFF become surrogate pairs), the form binary streams
+    /// store; throws BxExceptionStream on a surrogate or a value above U+10FFFF.
     static std::u16string WideToUtf16(std::wstring_view text);
+    /// UTF-16 code units to wide text, joining surrogate pairs; throws BxExceptionStream on an unpaired surrogate.
     static std::wstring Utf16ToWide(std::u16string_view text);
 
+    /// UTF-16 code units to UTF-8; throws BxExceptionStream on an unpaired surrogate.
     static std::string Utf16ToUtf8(std::u16string_view text);
+    /// UTF-8 to UTF-16 code units; throws BxExceptionStream on malformed UTF-8.
     static std::u16string Utf8ToUtf16(std::string_view text);
 
     /// Windows-1252, one byte per character; characters it cannot hold become '?'.

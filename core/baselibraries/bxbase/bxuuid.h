@@ -19,12 +19,14 @@
 #include <cstdint>
 #include <string>
 
+/// A 128-bit identifier in the Windows field layout (16 bytes, no padding); an aggregate, all zero when
+/// value-initialised. Equality compares all 16 bytes.
 struct _GUID
 {
-    std::uint32_t Data1;
-    std::uint16_t Data2;
-    std::uint16_t Data3;
-    std::uint8_t Data4[8];
+    std::uint32_t Data1;   ///< First group of the text form: 8 hex digits.
+    std::uint16_t Data2;   ///< Second group: 4 hex digits.
+    std::uint16_t Data3;   ///< Third group: 4 hex digits (the version nibble at the top).
+    std::uint8_t Data4[8]; ///< Fourth group (bytes 0 and 1, variant bits at the top of byte 0) and the last 12 digits.
 
     friend bool operator==(const _GUID& a, const _GUID& b) noexcept
     {

@@ -134,19 +134,33 @@ public:
     /// @name Explicit conversions
     /// Each is GetAs of its type (see the conversion rules above).
     //@{
+    /// GetAs<bool>(); throws BxExceptionPreconditionViolation when the value does not convert.
     explicit operator bool() const { return GetAs<bool>(); }
+    /// GetAs<int>(); throws BxExceptionPreconditionViolation when the value does not convert.
     explicit operator int() const { return GetAs<int>(); }
+    /// GetAs<long long>(); throws BxExceptionPreconditionViolation when the value does not convert.
     explicit operator long long() const { return GetAs<long long>(); }
+    /// GetAs<unsigned int>(); throws BxExceptionPreconditionViolation when the value does not convert.
     explicit operator unsigned int() const { return GetAs<unsigned int>(); }
+    /// GetAs<float>(); throws BxExceptionPreconditionViolation when the value does not convert.
     explicit operator float() const { return GetAs<float>(); }
+    /// GetAs<double>(); throws BxExceptionPreconditionViolation when the value does not convert.
     explicit operator double() const { return GetAs<double>(); }
+    /// GetAs<char>(); throws BxExceptionPreconditionViolation when the value does not convert.
     explicit operator char() const { return GetAs<char>(); }
+    /// GetAs<signed char>(); throws BxExceptionPreconditionViolation when the value does not convert.
     explicit operator signed char() const { return GetAs<signed char>(); }
+    /// GetAs<unsigned char>(); throws BxExceptionPreconditionViolation when the value does not convert.
     explicit operator unsigned char() const { return GetAs<unsigned char>(); }
+    /// GetAs<short>(); throws BxExceptionPreconditionViolation when the value does not convert.
     explicit operator short() const { return GetAs<short>(); }
+    /// GetAs<unsigned short>(); throws BxExceptionPreconditionViolation when the value does not convert.
     explicit operator unsigned short() const { return GetAs<unsigned short>(); }
+    /// GetAs<unsigned long long>(); throws BxExceptionPreconditionViolation when the value does not convert.
     explicit operator unsigned long long() const { return GetAs<unsigned long long>(); }
+    /// GetAs<std::wstring>(); throws BxExceptionPreconditionViolation when the value does not convert.
     explicit operator std::wstring() const { return GetAs<std::wstring>(); }
+    /// GetAs<std::string>(); throws BxExceptionPreconditionViolation when the value does not convert.
     explicit operator std::string() const { return GetAs<std::string>(); }
     //@}
 
@@ -180,7 +194,9 @@ protected:
     /// @name Storage
     /// The value as a std::variant, for derived classes.
     //@{
+    /// Read access to the value, for derived classes that visit it by kind.
     const Storage& storage() const noexcept { return m_value; }
+    /// Write access to the value; a derived class that emplaces an alternative changes the tag with it.
     Storage& storage() noexcept { return m_value; }
     //@}
 

@@ -19,6 +19,10 @@ class BxStreamReadBinary;
 class BXBASE_API ISerializable : public IObject
 {
 public:
+    /// Writes the object's binary form to `stream`: a version word first, then the fields in a fixed order.
+    /// Throws BxExceptionStream when the stream fails.
     virtual void Serialize(BxStreamWriteBinary& stream) const = 0;
+    /// Reads the object's binary form from `stream`, replacing its state. Throws BxExceptionWrongFileVersion when
+    /// the stored version is newer than the class knows and BxExceptionStream on truncated or malformed data.
     virtual void Serialize(BxStreamReadBinary& stream) = 0;
 };
