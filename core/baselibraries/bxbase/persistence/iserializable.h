@@ -26,7 +26,10 @@ public:
 
     /// The name under which the type's persistence form is known.
     virtual std::string GetTypeName() const = 0;
+    /// Replaces the object's state with the entries of `reader`. Throws Persistence::CException when a required
+    /// entry is missing or holds a wrong value; entries read before the failure may already be applied.
     virtual void ReadFrom(const IDataReader& reader) = 0;
+    /// Writes the object's state as entries of `writer`, under the keys that ReadFrom expects.
     virtual void WriteTo(IDataWriter& writer) const = 0;
 };
 
