@@ -21,8 +21,11 @@ template <class I, class D = CDispatcher<I>>
 class CFramework : public IFramework<I>
 {
 public:
+    /// Creates the manager's own dispatcher, empty; copies of this object share it.
     CFramework() : m_dispatcher(std::make_shared<D>()) {}
 
+    /// The dispatcher created with this object (shared with its copies); never null. Interceptors may be added
+    /// and removed through it from any thread.
     std::shared_ptr<IDispatcher<I>> GetDispatcher() const override { return m_dispatcher; }
 
 protected:
@@ -33,6 +36,7 @@ protected:
         m_dispatcher->Dispatch(hook, context);
     }
 
+    /// The dispatcher with its concrete type D, for a deriving manager that needs more than IDispatcher offers.
     const std::shared_ptr<D>& getDispatcher() const noexcept { return m_dispatcher; }
 
 private:

@@ -21,12 +21,16 @@ namespace Logging {
 class BXBASE_API CLogger : public ILogger
 {
 public:
+    /// A logger for `category` (for example L"Core.TaskManager"), which starts each line; its threshold starts at
+    /// GetDefaultLevel().
     explicit CLogger(std::wstring category);
 
+    /// The category given at construction.
     const std::wstring& GetCategory() const noexcept { return m_category; }
 
     /// Keeps lines of `level` and above from now on.
     void SetLevel(ELogLevel level) noexcept { m_level.store(level, std::memory_order_relaxed); }
+    /// The current threshold: lines of this level and more severe ones are written. Any thread may call it.
     ELogLevel GetLevel() const noexcept { return m_level.load(std::memory_order_relaxed); }
 
     bool IsEnabled(ELogLevel level) const override { return level <= GetLevel(); }

@@ -20,10 +20,10 @@ namespace Logging {
 /// Severity, most severe first. A logger at level L passes L and everything above it.
 enum ELogLevel
 {
-    eLL_Error = 0,
-    eLL_Warn = 1,
-    eLL_Info = 2,
-    eLL_Trace = 3
+    eLL_Error = 0, ///< A failure the caller or the user must know about.
+    eLL_Warn = 1,  ///< Something unexpected that the library worked around.
+    eLL_Info = 2,  ///< Progress of the managers (tasks started, states entered).
+    eLL_Trace = 3  ///< Detailed tracing for debugging.
 };
 
 /// Interface of the framework's loggers.
@@ -37,9 +37,17 @@ public:
     virtual void Log(ELogLevel level, const char* sourceFile, int line, const char* functionName,
                      const std::wstring& message) = 0;
 
+    /// Formats `format` and the arguments after it (BxFormat::Wide) and logs the line at eLL_Error; does nothing,
+    /// not even formatting, when that level is not enabled.
     void Error(const char* sourceFile, int line, const char* functionName, const wchar_t* format, ...);
+    /// Formats `format` and the arguments after it (BxFormat::Wide) and logs the line at eLL_Warn; does nothing,
+    /// not even formatting, when that level is not enabled.
     void Warn(const char* sourceFile, int line, const char* functionName, const wchar_t* format, ...);
+    /// Formats `format` and the arguments after it (BxFormat::Wide) and logs the line at eLL_Info; does nothing,
+    /// not even formatting, when that level is not enabled.
     void Info(const char* sourceFile, int line, const char* functionName, const wchar_t* format, ...);
+    /// Formats `format` and the arguments after it (BxFormat::Wide) and logs the line at eLL_Trace; does nothing,
+    /// not even formatting, when that level is not enabled.
     void Trace(const char* sourceFile, int line, const char* functionName, const wchar_t* format, ...);
 };
 
