@@ -44,6 +44,7 @@ public:
     /// Copies share the state of the original (cheap: one reference count).
     /// There is no separate move: a "moved" event still refers to the state.
     BxEvent(const BxEvent&) = default;
+    /// Makes this object refer to other's state; the state it referred to before lives on in its other copies.
     BxEvent& operator=(const BxEvent&) = default;
     ~BxEvent();
 
@@ -61,6 +62,7 @@ public:
     /// eWaitTimeout (2) when timeoutMs passed first. An empty list throws
     /// BxExceptionPreconditionViolation.
     static int WaitForMultipleEvents(std::span<const BxEvent> events, DWORD timeoutMs);
+    /// The same for a braced list: `WaitForMultipleEvents({a, b}, 1000)`.
     static int WaitForMultipleEvents(std::initializer_list<BxEvent> events, DWORD timeoutMs)
     {
         return WaitForMultipleEvents(std::span<const BxEvent>(events.begin(), events.size()), timeoutMs);

@@ -23,12 +23,17 @@ public:
     void Unlock() { m_mutex.unlock(); }
 
     // Lockable
+    /// Lock() under the standard name, for std::lock_guard and std::unique_lock.
     void lock() { m_mutex.lock(); }
+    /// TryLock() under the standard name.
     bool try_lock() { return m_mutex.try_lock(); }
+    /// Unlock() under the standard name.
     void unlock() { m_mutex.unlock(); }
 
 protected:
     ~BxLockT() = default;
 
+    /// The native mutex; std::mutex for BxMutex (not re-entrant), std::recursive_mutex for BxCriticalSection
+    /// (a thread may take it again while holding it).
     TNative m_mutex;
 };

@@ -14,6 +14,7 @@ template <class TLock>
 class BxScopedLock
 {
 public:
+    /// Blocks until `lock` is held; the destructor releases it unless Unlock() did. `lock` must outlive this object.
     explicit BxScopedLock(TLock& lock) : m_lock(&lock) { m_lock->Lock(); }
     ~BxScopedLock() { Unlock(); }
     BxScopedLock(const BxScopedLock&) = delete;

@@ -27,6 +27,7 @@ template <class... Args>
 class BxSignalT
 {
 public:
+    /// A connected callable; it receives the arguments of Emit.
     using Slot = std::function<void(Args...)>;
     using ConnectionId = std::size_t; ///< never 0 for a connection
 
@@ -90,6 +91,7 @@ public:
             (*entry.second)(args...);
     }
 
+    /// Emit(), so that the signal can be called like a function.
     void operator()(Args... args) const { Emit(std::forward<Args>(args)...); }
 
 private:

@@ -22,7 +22,9 @@
 class BXBASE_API BxSingletonRegistry
 {
 public:
+    /// Makes the instance (new T) and returns it untyped.
     using Create = void* (*)();
+    /// Destroys an instance made by the matching Create (at process exit).
     using Destroy = void (*)(void*);
 
     /// The instance registered for type, made with create (under the singleton lock) when missing.

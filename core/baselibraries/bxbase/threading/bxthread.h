@@ -41,6 +41,8 @@ template <class Derived, class Policy = BxThreadPolicyMFC>
 class BxThread : public BxThreadCore
 {
 public:
+    /// Sets up a thread object that is not started yet: no thread function (call SetThreadFunction before
+    /// Start), the given name and priority, applied when the thread starts.
     explicit BxThread(const CStringW& name = CStringW(), EThreadPriority priority = eTP_Normal)
         : BxThreadCore(name, priority)
     {

@@ -63,16 +63,19 @@ public:
     /// Name shown by the system (ps, top, debuggers; cut to 15 bytes of UTF-8).
     /// Takes effect at once when the thread runs.
     void SetName(const CStringW& name);
+    /// The name as set (not cut); any thread may call it.
     CStringW GetName() const;
 
     /// Priority (best effort, see EThreadPriority). Takes effect at once when the thread runs.
     void SetPriority(EThreadPriority priority);
+    /// The priority as set, even when the system did not grant it.
     EThreadPriority GetPriority() const;
 
     /// CPUs the thread may run on (bit n = CPU n); 0 leaves the choice to the
     /// system. Bits of CPUs the process may not use are ignored. Takes effect
     /// at once when the thread runs.
     void SetAffinityMask(DWORD_PTR mask);
+    /// The mask as set (0: the system chooses).
     DWORD_PTR GetAffinityMask() const;
 
     /// When true the object deletes itself after its thread function returned.
@@ -80,9 +83,13 @@ public:
     void SetAutoDelete(bool autoDelete);
 
 protected:
+    /// What the thread runs; its result is the exit code.
     using Body = std::function<DWORD()>;
+    /// Deletes the most derived object of a self-deleting thread (see SetAutoDelete).
     using Deleter = void (*)(BxThreadCore*);
 
+    /// Sets up a thread object that is not started: the given name and priority, no affinity, exit code 0 and
+    /// the terminated event set.
     BxThreadCore(const CStringW& name, EThreadPriority priority);
     /// Waits for the thread to end, unless called by the thread itself.
     ~BxThreadCore();

@@ -84,12 +84,14 @@
 class BXBASE_API BxThreadPool
 {
 public:
+    /// Priorities of AddTask; a worker always takes a task of the highest priority present.
     enum EPriority
     {
-        ePriorityLow = 0,
-        ePriorityNormal = 1,
-        ePriorityHigh = 2
+        ePriorityLow = 0,    ///< Background work, run when nothing more urgent is queued.
+        ePriorityNormal = 1, ///< The default.
+        ePriorityHigh = 2    ///< Run before every queued normal and low task.
     };
+    /// Most threads a pool ever has, compensating workers included; beyond it, queued tasks wait for a free one.
     static constexpr unsigned eMaxThreads = 256;
 
     /// The process-wide pool, made on first use.

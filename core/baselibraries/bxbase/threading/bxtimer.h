@@ -35,6 +35,7 @@ public:
     std::uint64_t GetElapsed() const;
     /// The same in seconds.
     double GetElapsedSeconds() const;
+    /// Units per second of GetElapsed, as given to the constructor (1000 when 0 was given).
     std::uint64_t GetResolution() const { return m_resolution; }
 
 private:

@@ -51,10 +51,12 @@ public:
     {
         HWND hwnd = nullptr; ///< null: all; (HWND)-1: thread messages only; else that window only
         UINT min = 0;        ///< min == max == 0: every number
-        UINT max = 0;
+        UINT max = 0;        ///< last message number taken (inclusive); see min
+        /// True when `msg` passes both the window and the number filter.
         bool Matches(const MSG& msg) const;
     };
 
+    /// What Retrieve does with the message it found.
     enum ERemove
     {
         eKeep,             ///< leave the message queued

@@ -48,6 +48,7 @@ public:
     /// invalid and the window's queued messages are dropped. False with
     /// ERROR_INVALID_WINDOW_HANDLE, or ERROR_WINDOW_OF_OTHER_THREAD from another thread.
     static bool Destroy(HWND hwnd);
+    /// True when hwnd is a live window of any thread (not yet destroyed, its thread not ended); any thread may ask.
     static bool IsWindow(HWND hwnd);
     /// Kernel id of the owning thread; 0 with ERROR_INVALID_WINDOW_HANDLE.
     static DWORD GetThreadId(HWND hwnd);
@@ -63,6 +64,8 @@ public:
     /// GWLP_USERDATA (any thread) or GWLP_WNDPROC; returns the previous value.
     /// 0 with ERROR_INVALID_INDEX or ERROR_INVALID_WINDOW_HANDLE.
     static LONG_PTR SetLongPtr(HWND hwnd, int index, LONG_PTR value);
+    /// The value of GWLP_USERDATA or GWLP_WNDPROC (any thread). 0 with ERROR_INVALID_INDEX or
+    /// ERROR_INVALID_WINDOW_HANDLE; a stored 0 comes with ERROR_SUCCESS.
     static LONG_PTR GetLongPtr(HWND hwnd, int index);
 
     /// True when hwnd is a live window of the calling thread.
