@@ -1,3 +1,4 @@
+#include <bxbase/bxexceptionpreconditionviolation.h>
 #include <bxbase/persistence/cexception.h>
 #include <bxbase/persistence/cjsondatareader.h>
 #include <bxbase/persistence/cjsondatawriter.h>
@@ -98,6 +99,19 @@ TEST(PersistenceJson, MissingEntriesReadFalseAndBadOnesThrow)
     EXPECT_TRUE(std::isnan(nan));
     SPoint point;
     EXPECT_THROW(reader.ReadObject("text", point), Persistence::CException);
+}
+
+TEST(PersistenceJson, NullTextIsRefusedAndWritesNothing)
+{
+    Persistence::CJsonDataWriter writer;
+    EXPECT_THROW(writer.Write("narrow", static_cast<const char*>(nullptr)), BxExceptionPreconditionViolation);
+    EXPECT_THROW(writer.Write("wide", static_cast<const wchar_t*>(nullptr)), BxExceptionPreconditionViolation);
+    writer.Write("text", "kept");
+    Persistence::CJsonDataReader reader(writer.ToString());
+    std::string text, absent;
+    EXPECT_TRUE(reader.Read("text", text));
+    EXPECT_EQ(text, "kept");
+    EXPECT_FALSE(reader.Read("narrow", absent));
 }
 
 TEST(PersistenceJson, MalformedDocumentsAreRejected)

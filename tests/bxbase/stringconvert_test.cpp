@@ -36,6 +36,23 @@ TEST(BxStringConvert, Utf16UsesSurrogatePairsAndRejectsUnpairedOnes)
     EXPECT_THROW(BxStringConvert::WideToUtf16(std::wstring(1, wchar_t(0x110000))), BxExceptionStream);
 }
 
+// The direct UTF-8/UTF-16 conversions name themselves, not the wide step inside.
+TEST(BxStringConvert, DirectUtf8Utf16ConversionsNameThemselvesWhenTheyThrow)
+{
+    const auto functionOf = [](const auto& convert) {
+        try {
+            convert();
+        } catch (const BxExceptionStream& e) {
+            return e.GetFunctionName();
+        }
+        return std::string("no exception");
+    };
+    EXPECT_EQ(functionOf([] { BxStringConvert::Utf16ToUtf8(std::u16string(1, char16_t(0xD83D))); }),
+              "BxStringConvert::Utf16ToUtf8");
+    EXPECT_EQ(functionOf([] { BxStringConvert::Utf8ToUtf16("\xC3"); }), "BxStringConvert::Utf8ToUtf16");
+    EXPECT_EQ(BxStringConvert::Utf16ToUtf8(BxStringConvert::Utf8ToUtf16("x\xF0\x9F\x98\x80")), "x\xF0\x9F\x98\x80");
+}
+
 TEST(BxStringConvert, Windows1252MapsTheHighRangeAndReplacesTheRest)
 {
     EXPECT_EQ(BxStringConvert::WideToAnsi(L"5 \u20ac, \u00e9, \u0178, \u20bd"), "5 \x80, \xE9, \x9F, ?");

@@ -23,7 +23,7 @@
 class BXBASE_API BxException : public std::exception, public IException
 {
 public:
-    /// sourceFile and functionName must be non-null; message may be empty.
+    /// Where it was thrown and why; a null sourceFile or functionName is kept as empty text, message may be empty.
     BxException(const char* sourceFile, int line, const char* functionName, std::string message = {});
     /// As above, with a wide message; it is kept as UTF-8, malformed characters replaced by U+FFFD.
     BxException(const char* sourceFile, int line, const char* functionName, const std::wstring& message);

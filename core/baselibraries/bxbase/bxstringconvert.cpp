@@ -79,7 +79,8 @@ std::string wideToUtf8(std::wstring_view text, bool lossy)
     return out;
 }
 
-std::wstring utf8ToWide(std::string_view text, bool lossy)
+// `function` names the public conversion in the exception.
+std::wstring utf8ToWide(std::string_view text, bool lossy, const char* function = "BxStringConvert::Utf8ToWide")
 {
     std::wstring out;
     out.reserve(text.size());
@@ -87,7 +88,7 @@ std::wstring utf8ToWide(std::string_view text, bool lossy)
         char32_t c;
         if (!decodeUtf8(text, i, c)) {
             if (!lossy)
-                fail("BxStringConvert::Utf8ToWide", "malformed UTF-8");
+                fail(function, "malformed UTF-8");
             c = c_replacement;
         }
         out += static_cast<wchar_t>(c);
@@ -109,6 +110,28 @@ char toAnsi(char32_t c)
         if (c_cp1252High[k] == c)
             return static_cast<char>(0x80 + k);
     return '?';
+}
+
+// `function` names the public conversion in the exception.
+std::wstring utf16ToWide(std::u16string_view text, const char* function)
+{
+    std::wstring out;
+    out.reserve(text.size());
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char16_t u = text[i];
+        if (u >= 0xD800 && u <= 0xDBFF) {
+            if (i + 1 >= text.size() || text[i + 1] < 0xDC00 || text[i + 1] > 0xDFFF)
+                fail(function, "unpaired surrogate");
+            const char32_t c = 0x10000 + ((char32_t(u) - 0xD800) << 10) + (char32_t(text[i + 1]) - 0xDC00);
+            out += static_cast<wchar_t>(c);
+            ++i;
+        } else if (u >= 0xDC00 && u <= 0xDFFF) {
+            fail(function, "unpaired surrogate");
+        } else {
+            out += static_cast<wchar_t>(u);
+        }
+    }
+    return out;
 }
 
 }  // namespace
@@ -138,27 +161,18 @@ std::u16string BxStringConvert::WideToUtf16(std::wstring_view text)
 
 std::wstring BxStringConvert::Utf16ToWide(std::u16string_view text)
 {
-    std::wstring out;
-    out.reserve(text.size());
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const char16_t u = text[i];
-        if (u >= 0xD800 && u <= 0xDBFF) {
-            if (i + 1 >= text.size() || text[i + 1] < 0xDC00 || text[i + 1] > 0xDFFF)
-                fail("BxStringConvert::Utf16ToWide", "unpaired surrogate");
-            const char32_t c = 0x10000 + ((char32_t(u) - 0xD800) << 10) + (char32_t(text[i + 1]) - 0xDC00);
-            out += static_cast<wchar_t>(c);
-            ++i;
-        } else if (u >= 0xDC00 && u <= 0xDFFF) {
-            fail("BxStringConvert::Utf16ToWide", "unpaired surrogate");
-        } else {
-            out += static_cast<wchar_t>(u);
-        }
-    }
-    return out;
+    return utf16ToWide(text, "BxStringConvert::Utf16ToWide");
 }
 
-std::string BxStringConvert::Utf16ToUtf8(std::u16string_view text) { return WideToUtf8(Utf16ToWide(text)); }
-std::u16string BxStringConvert::Utf8ToUtf16(std::string_view text) { return WideToUtf16(Utf8ToWide(text)); }
+std::string BxStringConvert::Utf16ToUtf8(std::u16string_view text)
+{
+    return WideToUtf8(utf16ToWide(text, "BxStringConvert::Utf16ToUtf8"));
+}
+
+std::u16string BxStringConvert::Utf8ToUtf16(std::string_view text)
+{
+    return WideToUtf16(utf8ToWide(text, false, "BxStringConvert::Utf8ToUtf16"));
+}
 
 std::string BxStringConvert::WideToAnsi(std::wstring_view text)
 {

@@ -8,6 +8,7 @@
 #pragma once
 
 #include <bxbase/bxbaseapi.h>
+#include <bxbase/bxexceptionpreconditionviolation.h>
 
 #include <cstdint>
 #include <string>
@@ -50,13 +51,24 @@ public:
     virtual void Write(const std::string& key, const std::string& value) = 0;
     /// Writes `value` under `key` as a text, replacing an entry of the same key.
     virtual void Write(const std::string& key, const std::wstring& value) = 0;
-    /// Writes narrow (UTF-8) text; so that a literal is not taken for a bool. `value` must not be null.
-    void Write(const std::string& key, const char* value) { Write(key, std::string(value)); }
-    /// Writes wide text; so that a literal is not taken for a bool. `value` must not be null.
-    void Write(const std::string& key, const wchar_t* value) { Write(key, std::wstring(value)); }
+    /// Writes narrow (UTF-8) text; so that a literal is not taken for a bool.
+    /// A null `value` throws BxExceptionPreconditionViolation and writes nothing.
+    void Write(const std::string& key, const char* value) { Write(key, std::string(checkedText(value))); }
+    /// Writes wide text; so that a literal is not taken for a bool.
+    /// A null `value` throws BxExceptionPreconditionViolation and writes nothing.
+    void Write(const std::string& key, const wchar_t* value) { Write(key, std::wstring(checkedText(value))); }
 
     /// Writes `object`'s entries as a nested object under `key`.
     virtual void WriteObject(const std::string& key, const ISerializable& object) = 0;
+
+private:
+    template <typename Char>
+    static const Char* checkedText(const Char* value)
+    {
+        if (value == nullptr)
+            BX_THROW(BxExceptionPreconditionViolation, "Persistence::IDataWriter::Write", "null text");
+        return value;
+    }
 };
 
 }  // namespace Persistence
