@@ -30,9 +30,13 @@ public:
     using FEntry = int (*)(const unsigned char** input, unsigned char** output, unsigned int inputSize,
                            unsigned int* outputSize, unsigned int flags);
 
+    /// The file name of the LZMA module, looked for next to this library.
     static constexpr const char* c_ModuleName = "libpelcompress.so";
+    /// The name of the module's compress entry point.
     static constexpr const char* c_CompressEntry = "PelCompress";
+    /// The name of the module's decompress entry point.
     static constexpr const char* c_DecompressEntry = "PelDecompress";
+    /// The environment variable that may name the module's path.
     static constexpr const char* c_ModuleVariable = "VOBASE_PELCOMPRESS";
 
     /// A loaded module; closing it when the last copy goes.

@@ -74,15 +74,25 @@ public:
 
     /// The symbol channel: each codes its value as one symbol of the own model,
     /// as WriteSymbol(value, *GetModel()) does. A char is sign-extended and a
-    /// 64-bit value reduced to its low 32 bits first.
+    /// 64-bit value reduced to its low 32 bits first. A value outside the
+    /// model's alphabet (negative values included) throws
+    /// BxExceptionPreconditionViolation.
     VoCompressRangeCoder& operator<<(char v) { return symbol(std::uint32_t(std::int32_t(v))); }
+    /// Codes the byte's value as one symbol of the own model.
     VoCompressRangeCoder& operator<<(unsigned char v) { return symbol(v); }
+    /// Codes the value as one symbol of the own model.
     VoCompressRangeCoder& operator<<(unsigned short v) { return symbol(v); }
+    /// Codes the value's 32-bit pattern as one symbol of the own model.
     VoCompressRangeCoder& operator<<(int v) { return symbol(std::uint32_t(v)); }
+    /// Codes the value as one symbol of the own model.
     VoCompressRangeCoder& operator<<(unsigned int v) { return symbol(v); }
+    /// Codes the low 32 bits of the 64-bit value as one symbol of the own model.
     VoCompressRangeCoder& operator<<(long v) { return symbol(std::uint32_t(v)); }
+    /// Codes the low 32 bits of the 64-bit value as one symbol of the own model.
     VoCompressRangeCoder& operator<<(unsigned long v) { return symbol(std::uint32_t(v)); }
+    /// Codes the low 32 bits of the value as one symbol of the own model.
     VoCompressRangeCoder& operator<<(long long v) { return symbol(std::uint32_t(v)); }
+    /// Codes the low 32 bits of the value as one symbol of the own model.
     VoCompressRangeCoder& operator<<(unsigned long long v) { return symbol(std::uint32_t(v)); }
 
     /// Finishes the message and hands it to the target; later calls do nothing.

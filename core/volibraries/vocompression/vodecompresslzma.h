@@ -24,6 +24,7 @@
 class VOCOMPRESSION_API VoDecompressLZMA
 {
 public:
+    /// The largest result a new decompressor accepts: 256 MiB.
     static constexpr unsigned int c_DefaultMaximumSize = 256u << 20;
 
     /// Loads the module and resolves the decompress entry. Throws BxException
@@ -45,6 +46,8 @@ public:
 
     /// The largest result Decompress accepts.
     unsigned int GetMaximumSize() const noexcept { return m_maximumSize; }
+    /// Sets the largest result Decompress accepts, in bytes; larger results
+    /// throw BxExceptionStream. Applies to the following calls.
     void SetMaximumSize(unsigned int size) noexcept { m_maximumSize = size; }
 
 private:

@@ -66,19 +66,28 @@ public:
     /// The symbol channel: each decodes one symbol of the own model and stores
     /// it in the target type.
     VoDecompressRangeCoder& operator>>(char& v) { return symbol(v); }
+    /// Decodes one symbol into a byte.
     VoDecompressRangeCoder& operator>>(unsigned char& v) { return symbol(v); }
+    /// Decodes one symbol into a 16-bit value.
     VoDecompressRangeCoder& operator>>(unsigned short& v) { return symbol(v); }
+    /// Decodes one symbol into an int.
     VoDecompressRangeCoder& operator>>(int& v) { return symbol(v); }
+    /// Decodes one symbol.
     VoDecompressRangeCoder& operator>>(unsigned int& v) { return symbol(v); }
+    /// Decodes one symbol into a 64-bit value.
     VoDecompressRangeCoder& operator>>(long& v) { return symbol(v); }
+    /// Decodes one symbol into a 64-bit value.
     VoDecompressRangeCoder& operator>>(unsigned long& v) { return symbol(v); }
+    /// Decodes one symbol into a 64-bit value.
     VoDecompressRangeCoder& operator>>(long long& v) { return symbol(v); }
+    /// Decodes one symbol into a 64-bit value.
     VoDecompressRangeCoder& operator>>(unsigned long long& v) { return symbol(v); }
 
     /// The decoder's own model.
     const BxSmartPointer<VoProbabilityModelQuasiStatic>& GetModel() const noexcept { return m_model; }
     /// The size N of the coded message and how much of it has been consumed.
     std::size_t GetCodedSize() const noexcept { return m_input.size(); }
+    /// Coded bytes consumed so far (the first 4 are taken at construction).
     std::size_t GetReadPosition() const noexcept { return static_cast<std::size_t>(m_readPosition); }
 
 protected:

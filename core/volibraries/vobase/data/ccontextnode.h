@@ -26,6 +26,8 @@ namespace DataManager {
 class VOBASE_API CContextNode : public IContext
 {
 public:
+    /// A context for a notification about `node` raised by `manager`; the
+    /// context keeps a reference to the node while it lives.
     CContextNode(VoDataManager& manager, BxSmartPointer<VoNode> node) : IContext(manager), m_node(std::move(node)) {}
 
     /// The node that was inserted, moved or removed (for a removal it is no

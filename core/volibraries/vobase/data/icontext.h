@@ -22,6 +22,8 @@ namespace DataManager {
 class VOBASE_API IContext : public Interceptor::IContext
 {
 public:
+    /// A context naming `manager`, which must outlive the context (it is not
+    /// owned).
     explicit IContext(VoDataManager& manager) noexcept : m_manager(&manager) {}
 
     /// The manager whose tree changed.

@@ -37,7 +37,11 @@ public:
 
     /// A handle for `manager`, made by the calling thread, not yet granted.
     explicit VoDataHandleBase(VoDataManager& manager);
+    /// Copies the manager, the thread identifier and the granted and used
+    /// marks; the copy is not registered with the manager.
     VoDataHandleBase(const VoDataHandleBase&) = default;
+    /// Takes over the manager, the thread identifier and the granted and used
+    /// marks of `other`; registrations with the manager do not change.
     VoDataHandleBase& operator=(const VoDataHandleBase&) = default;
     virtual ~VoDataHandleBase() = default;
 
@@ -62,12 +66,20 @@ public:
 protected:
     friend class VoDataManager;
 
+    /// Read or write, as the concrete handle asks for; the manager reads it
+    /// when it decides on the request.
     virtual EAccessRights getAccessRights() const = 0;
+    /// True when the handle has a node and that node is managed by the
+    /// handle's manager; a lock attempt with an invalid handle fails.
     virtual bool isValid() const = 0;
     /// The handle's node, or null.
     virtual const VoNode* getNode() const = 0;
 
+    /// Marks the handle granted or not granted; called by the manager (under
+    /// its own locks) when it grants or releases the handle.
     void setAccessStatus(bool granted) noexcept { m_accessGranted = granted; }
+    /// Marks the handle as released by the manager on the thread's behalf
+    /// (when a move or removal through another handle released it).
     void setUsed(bool used) noexcept { m_used = used; }
 
     /// What a concrete handle's destructor calls: unlock when granted,

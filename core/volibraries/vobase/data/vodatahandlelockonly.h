@@ -46,7 +46,10 @@ public:
     const NodePointer& GetNode() const noexcept { return m_node; }
 
 protected:
+    /// eAR_Read for VoDataHandleLockOnly<0>, eAR_Write for VoDataHandleLockOnly<1>.
     EAccessRights getAccessRights() const override { return static_cast<EAccessRights>(N); }
+    /// True when the node is set and belongs to the handle's manager (a node
+    /// that was removed from the tree, or never inserted, is not valid).
     bool isValid() const override;
     const VoNode* getNode() const override { return m_node.get(); }
 

@@ -74,6 +74,8 @@ public:
         eLS_Timeout = 6          ///< the time-out elapsed
     };
 
+    /// The result of a lock attempt or tree edit: the boolean outcome, which
+    /// the caller must look at (an unchecked result asserts).
     using Result = BxCheckReturn<bool, BxCheckReturnPolicyAssert>;
 
     /// A manager with an empty tree; it enters the process-wide list.
@@ -85,6 +87,7 @@ public:
 
     /// The root of the tree (named "Root").
     BxSmartPointer<VoNode> GetRootNode();
+    /// The root of the tree, read-only, for callers holding a const manager.
     BxSmartPointer<const VoNode> GetRootNode() const;
     /// The root's child of that name, or null.
     BxSmartPointer<VoNode> FindChild(const CStringW& name);

@@ -85,7 +85,10 @@ public:
     /// Redoes every action of the redo list.
     bool RedoAll();
 
+    /// True when the undo list holds an action (an open action counts, although
+    /// Undo leaves it alone until it is closed).
     bool IsUndoApplicable() const noexcept { return !m_undo.empty(); }
+    /// True when the redo list holds an action; BeginAction empties it.
     bool IsRedoApplicable() const noexcept { return !m_redo.empty(); }
 
     /// The descriptions of the undo list, oldest first.

@@ -43,16 +43,22 @@ public:
     /// One recorded operation and the identifier of the object it changes.
     struct SHistoryOperation
     {
+        /// The recorded operation; the record keeps a reference to it.
         BxSmartPointer<VoOperation> operation;
         std::uint32_t id = 0; ///< VoHistoryID::GetID() of the object
     };
+    /// One of the action's two lists of records, in the order they were added.
     using Operations = BxList<SHistoryOperation>;
 
+    /// An open action with that description and no operations. Actions are
+    /// normally made by VoHistory::BeginAction, which owns them.
     explicit VoHistoryAction(CStringT<wchar_t> description = {});
     VoHistoryAction(const VoHistoryAction&) = delete;
     VoHistoryAction& operator=(const VoHistoryAction&) = delete;
 
+    /// The text shown for the step in undo and redo lists.
     const CStringT<wchar_t>& GetDescription() const noexcept { return m_description; }
+    /// Replaces the text shown for the step.
     void SetDescription(const CStringT<wchar_t>& description) { m_description = description; }
 
     /// Records `operation` for the object `id` in list `flag`; any flag other

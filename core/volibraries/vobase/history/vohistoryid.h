@@ -22,10 +22,16 @@ class VOBASE_API VoHistoryID
 public:
     /// A new identifier (never 0).
     VoHistoryID() noexcept;
+    /// A second identifier for the same object (same value; the generator is
+    /// not advanced).
     VoHistoryID(const VoHistoryID&) = default;
+    /// Takes over the value of `other`: both then name the same object.
     VoHistoryID& operator=(const VoHistoryID&) = default;
 
+    /// The value that names the object; the history treats identifiers with
+    /// equal values as one object.
     std::uint32_t GetID() const noexcept { return m_id; }
+    /// Bytes held by the identifier (its own size; it owns nothing else).
     std::size_t GetMemoryUsage() const noexcept { return sizeof(*this); }
 
 private:

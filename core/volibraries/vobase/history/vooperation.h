@@ -47,6 +47,8 @@ class VOBASE_API VoOperation : public IReferenceCounted, public IObject
 public:
     /// A reversible, relative operation.
     VoOperation();
+    /// An operation that can (`reversible`) or cannot be reverted, and that
+    /// sets its object's state outright (`absolute`) or changes it relatively.
     VoOperation(bool reversible, bool absolute);
     ~VoOperation() override;
 
@@ -59,15 +61,21 @@ public:
     /// Bytes held by the operation.
     virtual std::size_t GetMemoryUsage() const;
 
+    /// True when Revert can take the edit back; the history gives up a redo
+    /// route through an operation that cannot.
     bool IsReversible() const noexcept { return m_reversible; }
+    /// True when the operation sets its object's state outright; undo and redo
+    /// may then start from it instead of replaying earlier operations.
     bool IsAbsolute() const noexcept { return m_absolute; }
 
     /// The data manager to lock the nodes in (null: no locking).
     void SetDataManager(VoDataManager* manager) noexcept { m_dataManager = manager; }
+    /// The data manager the nodes are locked in, or null (not owned).
     VoDataManager* GetDataManager() const noexcept { return m_dataManager; }
 
     /// Adds a node to write-lock while the operation runs.
     void AddNodePointerToLock(BxSmartPointer<VoNode> node);
+    /// The nodes write-locked while the operation runs, in the order added.
     const BxList<BxSmartPointer<VoNode>>& GetNodePointersToLock() const noexcept { return m_nodesToLock; }
 
     /// Write-locks every listed node in the data manager (waiting as long as

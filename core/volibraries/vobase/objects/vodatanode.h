@@ -49,7 +49,9 @@ public:
         }
         SetData(std::move(data));
     }
+    /// typeid(T), whether or not the node holds data at the moment.
     const std::type_info& GetDataTypeInfo() const override { return typeid(T); }
+    /// True: typed data nodes are serializable.
     bool IsSerializable() const override { return true; }
 
     /// The data (may be null).
@@ -74,6 +76,7 @@ public:
     }
 
 protected:
+    /// The data as a read-only reference-counted object (null without data).
     BxSmartPointer<const IReferenceCounted> getData() const override { return GetData(); }
 
     /// The registry record of the data's class; without data throws BxException

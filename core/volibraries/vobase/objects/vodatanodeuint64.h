@@ -20,5 +20,6 @@ public:
     static const BxRTTI RTTI;
     const BxRTTI& GetRTTI() const override { return RTTI; }
     const wchar_t* GetClassNameW() const override { return RTTI.GetName(); }
+    /// The registry's factory: a new VoDataNodeUInt64 named "__noname" with a default BxUInt64.
     static std::unique_ptr<IObject> CreateByFactory();
 };

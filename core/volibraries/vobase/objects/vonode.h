@@ -90,11 +90,16 @@ public:
 
     /// Per-thread counts, keyed by thread identifier.
     using ThreadManager = VoNodeThreadCounts;
+    /// A snapshot of the children, in order (GetChildren).
     using Children = BxListEx<BxSmartPointer<VoNode>>;
+    /// A read-only snapshot of the children, in order (GetChildren const).
     using ConstChildren = BxListEx<BxSmartPointer<const VoNode>>;
 
     /// A node named "__noname" that serializes its leaves and tracks modifications.
     VoNode();
+    /// An unmanaged node without parent or children, named `name` (null gives
+    /// the empty name). `serializeLeaves` is kept for the tree's serializers
+    /// (IsSerializeLeaves); `mode` says whether modifications are tracked.
     VoNode(const wchar_t* name, bool serializeLeaves, ETrackModificationMode mode);
     /// Releases the children, clearing their parent links under the node lock.
     ~VoNode() override;
@@ -112,14 +117,19 @@ public:
 
     /// The first child with exactly this name, or null.
     BxSmartPointer<VoNode> FindChild(const CStringW& name);
+    /// The same, read-only.
     BxSmartPointer<const VoNode> FindChild(const CStringW& name) const;
     /// A snapshot of the children, taken under the node lock.
     Children GetChildren();
+    /// The same, read-only.
     ConstChildren GetChildren() const;
+    /// The number of children (read under the node lock).
     std::uint32_t GetChildrenCount() const;
+    /// True when the node has at least one child.
     bool HasChildren() const;
     /// The parent (read with the parent-link protocol), or null.
     BxSmartPointer<VoNode> GetParent();
+    /// The same, read-only.
     BxSmartPointer<const VoNode> GetParent() const;
 
     /// The data manager that owns the tree, or null.
@@ -136,6 +146,8 @@ public:
 
     /// Renames the node; a managed node throws BxException at "VoNode::SetName".
     void SetName(const CStringW& name);
+    /// The serialize-leaves flag given at construction (true by default); the
+    /// node itself does not act on it.
     bool IsSerializeLeaves() const noexcept { return m_serializeLeaves; }
     /// Whether the node's data is of the given class or derives from it (false without data type).
     bool IsKindOfData(const BxRTTI& rtti) const;
@@ -143,6 +155,7 @@ public:
     /// Calls f on this node and then, in order, on every descendant (pre-order),
     /// holding each node's lock while its subtree is visited. An empty f does nothing.
     void ApplyRecursive(std::function<void(BxSmartPointer<VoNode>)> f);
+    /// The same on a const node: f sees read-only nodes.
     void ApplyRecursive(std::function<void(BxSmartPointer<const VoNode>)> f) const;
 
     /// Writes the tree dump of this subtree (see the top of this file).
@@ -152,6 +165,7 @@ public:
     static const BxRTTI RTTI;
     const BxRTTI& GetRTTI() const override { return RTTI; }
     const wchar_t* GetClassNameW() const override { return RTTI.GetName(); }
+    /// The registry's factory: a new, unmanaged VoNode named "__noname".
     static std::unique_ptr<IObject> CreateByFactory();
 
 protected:

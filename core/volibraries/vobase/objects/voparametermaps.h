@@ -23,6 +23,7 @@ class BxStreamWriteBinary;
 class VOBASE_API VoParameterMaps
 {
 public:
+    /// Parameter (or constraint) name to value, as the parameter sets keep them.
     using Map = BxMap<CStringW, BxVariant>;
 
     /// Copies the value of `name` to `out`; nonzero when present.

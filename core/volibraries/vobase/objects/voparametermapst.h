@@ -47,6 +47,7 @@ public:
         eThirdKind = 2
     };
 
+    /// Parameter name to value.
     using ParameterMap = BxMap<CStringW, BxVariant>;
     /// Name to nested set, owned by Derived.
     using GroupMap = GroupMapT;
@@ -54,8 +55,11 @@ public:
     /// Where Derived's exceptions come from: "<className>::<member>" at (sourceFile, line).
     struct Origin
     {
+        /// The class named in the function name, for example "VoParameterSet".
         const char* className;
+        /// The source file the exceptions name (__FILE__ of Derived's source).
         const char* sourceFile;
+        /// The line the exceptions name.
         int line;
     };
 
@@ -74,6 +78,7 @@ public:
     void GetParameterKeys(BxArray<CStringW>& keys) const;
     /// The parameters themselves, for iteration and bulk edits (no limit check).
     const ParameterMap& GetParameters() const noexcept { return m_parameters; }
+    /// The same, writable: values stored through it bypass the limit check.
     ParameterMap& GetParameters() noexcept { return m_parameters; }
 
     /// Inserts or overwrites the constraint of the given kind.
@@ -102,6 +107,7 @@ public:
     const Derived& GetGroup(const CStringW& name) const;
     /// The groups themselves.
     const GroupMap& GetGroups() const noexcept;
+    /// The groups themselves, writable (groups may be added or removed through it).
     GroupMap& GetGroups() noexcept;
     /// Empties `names`, appends every group name and sorts them.
     void GetGroupNames(BxArray<CStringW>& names) const;
@@ -126,7 +132,11 @@ public:
 protected:
     // Only as part of Derived, which copies with these.
     VoParameterMapsT();
+    /// Copies the parameters, extensions and the three constraint maps (Derived
+    /// copies its groups itself).
     VoParameterMapsT(const VoParameterMapsT& other);
+    /// Replaces the parameters, extensions and constraint maps with copies of
+    /// those of `other`.
     VoParameterMapsT& operator=(const VoParameterMapsT& other);
     ~VoParameterMapsT();
 

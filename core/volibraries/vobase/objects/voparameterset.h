@@ -35,6 +35,8 @@ public:
     VoParameterSet();
     /// Copies every map, the groups (and their groups) included.
     VoParameterSet(const VoParameterSet& other);
+    /// Replaces every map, the groups (and their groups) included, with copies
+    /// of those of `other`.
     VoParameterSet& operator=(const VoParameterSet& other);
     ~VoParameterSet();
 

@@ -36,12 +36,19 @@ public:
     /// @name Construction from numbers
     /// The numbers not given are 0; a label given as null is empty.
     //@{
+    /// Version major.0.0 without a label.
     explicit VoSemanticVersion(std::uint32_t major);
+    /// Version major.minor.0 without a label.
     VoSemanticVersion(std::uint32_t major, std::uint32_t minor);
+    /// Version major.minor.patch without a label.
     VoSemanticVersion(std::uint32_t major, std::uint32_t minor, std::uint32_t patch);
+    /// Version major.minor.patch-label; the label is kept as given (not checked).
     VoSemanticVersion(std::uint32_t major, std::uint32_t minor, std::uint32_t patch, const std::string& label);
+    /// The same with a wide label, converted to UTF-8.
     VoSemanticVersion(std::uint32_t major, std::uint32_t minor, std::uint32_t patch, const std::wstring& label);
+    /// The same with a narrow C string; null gives the empty label.
     VoSemanticVersion(std::uint32_t major, std::uint32_t minor, std::uint32_t patch, const char* label);
+    /// The same with a wide C string, converted to UTF-8; null gives the empty label.
     VoSemanticVersion(std::uint32_t major, std::uint32_t minor, std::uint32_t patch, const wchar_t* label);
     //@}
     /// @name Construction from text

@@ -44,6 +44,7 @@ template <class T>
 class VOBASE_API VoUniqueIdT
 {
 public:
+    /// The character type of the text form (char or wchar_t).
     using char_type = typename T::value_type;
 
     /// A fresh identifier (see Renew).
@@ -56,14 +57,24 @@ public:
     VoUniqueIdT(const T& text);
     /// Parses the 8-4-4-4-12 form; null or other text gives the invalid identifier.
     VoUniqueIdT(const char_type* text);
+    /// The same GUID; the text form is copied when `other` has built it.
     VoUniqueIdT(const VoUniqueIdT& other);
+    /// The same GUID; takes over the text form, leaving `other` with its GUID
+    /// and an empty text cache.
     VoUniqueIdT(VoUniqueIdT&& other) noexcept;
 
+    /// Makes this the invalid identifier (as Invalidate).
     VoUniqueIdT& operator=(std::nullptr_t) noexcept;
+    /// Takes the given GUID and empties the text cache.
     VoUniqueIdT& operator=(const _GUID& guid) noexcept;
+    /// Parses the 8-4-4-4-12 form (either case); other text gives the invalid identifier.
     VoUniqueIdT& operator=(const T& text);
+    /// Parses the 8-4-4-4-12 form; null or other text gives the invalid identifier.
     VoUniqueIdT& operator=(const char_type* text);
+    /// Takes the GUID of `other`, and its text form when built.
     VoUniqueIdT& operator=(const VoUniqueIdT& other);
+    /// Takes the GUID and the text form of `other`, leaving `other` with its
+    /// GUID and an empty text cache.
     VoUniqueIdT& operator=(VoUniqueIdT&& other) noexcept;
 
     /// Makes a new identifier (random, or deterministic in test mode).
@@ -76,23 +87,38 @@ public:
     bool IsInvalid() const;
     /// True when the platform's parse accepts the text.
     static bool IsValid(const T& text);
+    /// The same for a C string; false for null.
     static bool IsValid(const char_type* text);
 
+    /// The 16-byte GUID itself.
     operator const _GUID&() const noexcept { return m_guid; }
     /// The upper-case text form, built on first use.
     operator const T&() const;
 
+    /// True when all 16 bytes are equal.
     bool operator==(const VoUniqueIdT& other) const noexcept { return m_guid == other.m_guid; }
+    /// True when any of the 16 bytes differs.
     bool operator!=(const VoUniqueIdT& other) const noexcept { return !(m_guid == other.m_guid); }
+    /// Ordered by Data1, then Data2, then Data4 as a little-endian u64; Data3
+    /// takes no part (see the top of this file).
     bool operator<(const VoUniqueIdT& other) const noexcept { return less(m_guid, other.m_guid); }
+    /// Not greater than `other` in the same ordering (Data3 ignored).
     bool operator<=(const VoUniqueIdT& other) const noexcept { return !less(other.m_guid, m_guid); }
+    /// Greater than `other` in the same ordering (Data3 ignored).
     bool operator>(const VoUniqueIdT& other) const noexcept { return less(other.m_guid, m_guid); }
+    /// Not less than `other` in the same ordering (Data3 ignored).
     bool operator>=(const VoUniqueIdT& other) const noexcept { return !less(m_guid, other.m_guid); }
+    /// True when all 16 bytes equal the GUID's.
     bool operator==(const _GUID& other) const noexcept { return m_guid == other; }
+    /// True when any of the 16 bytes differs from the GUID's.
     bool operator!=(const _GUID& other) const noexcept { return !(m_guid == other); }
+    /// Less than the GUID in the identifiers' ordering (Data3 ignored).
     bool operator<(const _GUID& other) const noexcept { return less(m_guid, other); }
+    /// Not greater than the GUID in the identifiers' ordering (Data3 ignored).
     bool operator<=(const _GUID& other) const noexcept { return !less(other, m_guid); }
+    /// Greater than the GUID in the identifiers' ordering (Data3 ignored).
     bool operator>(const _GUID& other) const noexcept { return less(other, m_guid); }
+    /// Not less than the GUID in the identifiers' ordering (Data3 ignored).
     bool operator>=(const _GUID& other) const noexcept { return !less(m_guid, other); }
 
     /// The text of a fresh identifier.
@@ -126,9 +152,12 @@ private:
 extern template class VoUniqueIdT<std::string>;
 extern template class VoUniqueIdT<std::wstring>;
 
+/// Hashes identifiers with the platform's UUID hash, so that they can key
+/// unordered containers. Identifiers that are == hash alike.
 template <class T>
 struct std::hash<VoUniqueIdT<T>>
 {
+    /// The platform's UuidHash of the identifier's GUID.
     std::size_t operator()(const VoUniqueIdT<T>& id) const noexcept
     {
         RPC_STATUS status;

@@ -27,10 +27,12 @@ class VOBASE_API VoVariantSerializable : public BxVariant, public Persistence::I
 public:
     /// A null variant.
     VoVariantSerializable() noexcept = default;
+    /// The same tag and value (string kinds copy their string).
     VoVariantSerializable(const VoVariantSerializable&) = default;
     /// Takes the value of a plain variant.
     explicit VoVariantSerializable(const BxVariant& value) : BxVariant(value) {}
 
+    /// Takes the tag and value of `other` (string kinds copy their string).
     VoVariantSerializable& operator=(const VoVariantSerializable&) = default;
     /// Typed assignment from every kind BxVariant holds.
     using BxVariant::operator=;

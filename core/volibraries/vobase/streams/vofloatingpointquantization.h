@@ -30,9 +30,15 @@ public:
     std::uint32_t GetBits() const noexcept { return m_bits; }
 
 protected:
+    /// A mapping whose codes are `bits` wide; a derived constructor may set
+    /// m_bits again once it knows the width.
     explicit VoFloatingPointQuantization(std::uint32_t bits) : m_bits(bits) {}
+    /// Copies the code width (derived classes copy their own parameters).
     VoFloatingPointQuantization(const VoFloatingPointQuantization&) = default;
+    /// Takes over the code width of `other`.
     VoFloatingPointQuantization& operator=(const VoFloatingPointQuantization&) = default;
 
+    /// The width of the codes in bits (1 to 32), returned by GetBits; set only
+    /// during construction.
     std::uint32_t m_bits;
 };

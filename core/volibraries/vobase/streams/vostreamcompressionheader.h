@@ -57,7 +57,11 @@ public:
     /// A byte count as stored in the size field: counts above 0xFFFFFFFF become 0xFFFFFFFF.
     static std::uint32_t SaturateSize(std::uint64_t count) noexcept;
 
+    /// The compression type field (ECompressionType values; others are possible
+    /// after Parse and are refused by the readers).
     std::uint32_t GetCompressionType() const noexcept { return m_compressionType; }
+    /// The uncompressed size field in bytes, saturated at 0xFFFFFFFF; 0 in a
+    /// header that was never patched. Readers do not rely on it.
     std::uint32_t GetSize() const noexcept { return m_size; }
 
 private:

@@ -35,6 +35,9 @@ public:
     TIn& GetInnerStream() const noexcept { return *m_inner; }
 
 protected:
+    /// The inner stream the filter reads from or writes to; never null.
     TIn* m_inner;
+    /// Owns the inner stream when the filter was given ownership; null when
+    /// it is borrowed.
     std::unique_ptr<TIn> m_owned;
 };

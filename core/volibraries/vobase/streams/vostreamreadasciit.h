@@ -13,10 +13,11 @@
 // and a boolean other than "true" or "false".
 //
 // Numbers are read as the original platform read them: 8- and 16-bit values
-// and unsigned 32-bit values with strtol/strtoul in base 10 on the whole word
-// and a range check (a signed 32-bit value is not range-checked and saturates
-// as a 32-bit strtol does); 64-bit values with sscanf "%lli" / "%llu", which
-// also accept hexadecimal and octal prefixes and ignore trailing characters.
+// with strtol/strtoul in base 10 on the whole word and a range check; 32-bit
+// values the same way but without the check (a signed one saturates as a
+// 32-bit strtol does, an unsigned one gives 0xFFFFFFFF beyond 32 bits);
+// 64-bit values with sscanf "%lli" / "%llu", which ignore trailing characters
+// ("%lli" also accepts hexadecimal and octal prefixes).
 // Floating-point values need the whole word to parse with strtod; a finite
 // value beyond float's range read as a float is out of range too.
 //
@@ -38,10 +39,12 @@ template <class TString>
 class VOBASE_API VoStreamReadASCIIT : public BxStreamRead
 {
 public:
+    /// The string type that words and lines are read into.
     using string_type = TString;
 
     /// Wraps a string so that operator>> reads a whole line into it.
     struct SLine {
+        /// The string that receives the line (its old content is replaced).
         TString& text;
     };
     /// The line target for operator>>.
@@ -50,21 +53,38 @@ public:
     /// True once the byte source has run dry.
     bool IsEndOfStream() const noexcept { return m_endOfStream; }
 
+    /// A word, "true" or "false" (case-sensitive); any other word throws.
     VoStreamReadASCIIT& operator>>(bool& value);
     /// One raw byte (white space included); throws at the end of the data.
     VoStreamReadASCIIT& operator>>(char& value);
+    /// A base-10 number from -128 to 127 (a number, not a character); a value
+    /// outside that range throws.
     VoStreamReadASCIIT& operator>>(signed char& value);
+    /// A base-10 number from 0 to 255; a value outside that range throws.
     VoStreamReadASCIIT& operator>>(unsigned char& value);
+    /// A base-10 number from -32768 to 32767; a value outside that range throws.
     VoStreamReadASCIIT& operator>>(short& value);
+    /// A base-10 number from 0 to 65535; a value outside that range throws.
     VoStreamReadASCIIT& operator>>(unsigned short& value);
+    /// A base-10 number, not range-checked: it saturates at the 32-bit limits.
     VoStreamReadASCIIT& operator>>(int& value);
+    /// A base-10 number, not range-checked: a leading '-' negates modulo 2^32
+    /// and a magnitude beyond 32 bits gives 0xFFFFFFFF.
     VoStreamReadASCIIT& operator>>(unsigned int& value);
     /// 64-bit (long is 64 bits wide here, and std::int64_t is long).
     VoStreamReadASCIIT& operator>>(long& value);
+    /// 64-bit unsigned, read as unsigned long long.
     VoStreamReadASCIIT& operator>>(unsigned long& value);
+    /// A 64-bit number read with "%lli" (decimal, 0x hexadecimal or 0 octal);
+    /// characters after the number are ignored, a word without one throws.
     VoStreamReadASCIIT& operator>>(long long& value);
+    /// A 64-bit number read with "%llu" (decimal; a leading '-' wraps modulo
+    /// 2^64); characters after the number are ignored, a word without one throws.
     VoStreamReadASCIIT& operator>>(unsigned long long& value);
+    /// A word that strtod parses whole; a finite value beyond float's range
+    /// throws (infinities and NaN are kept).
     VoStreamReadASCIIT& operator>>(float& value);
+    /// A word that strtod parses whole ("inf", "nan" and hexadecimal included).
     VoStreamReadASCIIT& operator>>(double& value);
     /// One word.
     VoStreamReadASCIIT& operator>>(TString& word);

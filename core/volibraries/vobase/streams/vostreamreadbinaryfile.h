@@ -37,9 +37,11 @@ public:
     /// exceptions when the file cannot be opened and BxExceptionStream
     /// ("VoStreamReadBinaryFile::init") for a short header or a refused type.
     explicit VoStreamReadBinaryFile(const wchar_t* path);
+    /// The same for a std::wstring path.
     explicit VoStreamReadBinaryFile(const std::wstring& path);
     /// Opens `name` inside a special directory, as above.
     VoStreamReadBinaryFile(VoFileSystem::ESpecialDirectory directory, const wchar_t* name);
+    /// The same for a std::wstring name.
     VoStreamReadBinaryFile(VoFileSystem::ESpecialDirectory directory, const std::wstring& name);
     /// Reads the bytes of `archive`, which must have a readable stream buffer
     /// and be in a good state (else BxExceptionStream from the adapter). The

@@ -63,12 +63,14 @@ public:
     /// file cannot be opened.
     VoStreamWriteBinaryFile(const wchar_t* path, EAccessMode accessMode = eAM_Create,
                             ECompressionMode compressionMode = eCM_None, ECompressionLevel level = eCL_Default);
+    /// The same for a std::wstring path.
     VoStreamWriteBinaryFile(const std::wstring& path, EAccessMode accessMode = eAM_Create,
                             ECompressionMode compressionMode = eCM_None, ECompressionLevel level = eCL_Default);
     /// Opens `name` inside a special directory, as above.
     VoStreamWriteBinaryFile(VoFileSystem::ESpecialDirectory directory, const wchar_t* name,
                             EAccessMode accessMode = eAM_Create, ECompressionMode compressionMode = eCM_None,
                             ECompressionLevel level = eCL_Default);
+    /// The same for a std::wstring name.
     VoStreamWriteBinaryFile(VoFileSystem::ESpecialDirectory directory, const std::wstring& name,
                             EAccessMode accessMode = eAM_Create, ECompressionMode compressionMode = eCM_None,
                             ECompressionLevel level = eCL_Default);

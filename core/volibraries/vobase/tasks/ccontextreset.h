@@ -11,6 +11,7 @@ namespace TaskManager {
 class VOBASE_API CContextReset : public IContext
 {
 public:
+    /// The context of a reset of `manager` (by Reset or by its destructor).
     explicit CContextReset(VoTaskManager& manager) : IContext(manager) {}
 };
 

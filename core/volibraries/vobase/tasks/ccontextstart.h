@@ -14,12 +14,17 @@ namespace TaskManager {
 class VOBASE_API CContextStart : public IContext
 {
 public:
+    /// The context of `manager`'s Start of the work item `name` at `priority`.
     CContextStart(VoTaskManager& manager, std::string name, ITaskManager::EPriority priority)
         : IContext(manager), m_name(std::move(name)), m_priority(priority)
     {
     }
 
+    /// The name given to Start; the hook runs even when no item of that name
+    /// exists or the manager is resetting (the start is then ignored).
     const std::string& GetName() const noexcept { return m_name; }
+    /// The priority given to Start, as requested (before it is mapped to a
+    /// thread-pool priority).
     ITaskManager::EPriority GetPriority() const noexcept { return m_priority; }
 
 private:

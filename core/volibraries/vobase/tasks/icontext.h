@@ -17,6 +17,8 @@ namespace TaskManager {
 class VOBASE_API IContext : public Interceptor::IContext
 {
 public:
+    /// A context naming `manager`, which must outlive the context (it is not
+    /// owned).
     explicit IContext(VoTaskManager& manager) noexcept : m_manager(&manager) {}
 
     /// The manager that raised the hook.

@@ -27,14 +27,22 @@ class VOBASE_API IInterceptorTaskManager
 public:
     virtual ~IInterceptorTaskManager() = default;
 
+    /// Called by Add before the work item is added (flag 1).
     virtual void OnAdd(const CContextWorkItem&) {}
     /// Flag 0.
     virtual void OnAddDependency(const CContextWorkItemChangeDependency&) {}
     /// Flag 1.
     virtual void OnRemoveDependency(const CContextWorkItemChangeDependency&) {}
+    /// Called by Start with the name and requested priority, even when the
+    /// start is then ignored.
     virtual void OnStart(const CContextStart&) {}
+    /// Called by Stop with the name, before the item's component is stopped.
     virtual void OnStop(const CContextStop&) {}
+    /// Called when the manager is reset (Reset or its destructor), before the
+    /// running tasks are broken off and the graph is emptied.
     virtual void OnReset(const CContextReset&) {}
+    /// Called on the pool thread at the end of every processing-task run, also
+    /// when the run failed or was broken off.
     virtual void OnAfterRun(const CContextAfterRun&) {}
 };
 

@@ -22,9 +22,12 @@ class VoAlgorithm;
 class VOBASE_API VoTaskAlgorithm : public BxTask
 {
 public:
+    /// A task that computes `algorithm` when the pool runs it; the algorithm
+    /// is not owned and must outlive the task.
     explicit VoTaskAlgorithm(VoAlgorithm& algorithm) noexcept : m_algorithm(&algorithm) {}
     /// A new task for the same algorithm (a task's run state is not copied).
     VoTaskAlgorithm(const VoTaskAlgorithm& other) noexcept : BxTask(), m_algorithm(other.m_algorithm) {}
+    /// A new task for the same algorithm, as the copy (`other` keeps its algorithm).
     VoTaskAlgorithm(VoTaskAlgorithm&& other) noexcept : BxTask(), m_algorithm(other.m_algorithm) {}
 
     /// The algorithm the task computes.

@@ -40,6 +40,8 @@ public:
         BX_DECLARE_RTTI();
 
     public:
+        /// A message naming `finalizer` (not owned); the type registry's
+        /// factory makes one without a finalizer.
         explicit VoMessageTaskDone(VoTaskFinalizer* finalizer = nullptr) : m_finalizer(finalizer) {}
         /// The finalizer whose work is done.
         VoTaskFinalizer* GetFinalizer() const noexcept { return m_finalizer; }
@@ -52,6 +54,8 @@ public:
     class VOBASE_API VoMessageHandlerTaskFinalizer : public VoMessageHandler
     {
     public:
+        /// A handler on the calling thread, under a name unique to this
+        /// finalizer, that finishes `finalizer` (not owned; it owns the handler).
         explicit VoMessageHandlerTaskFinalizer(VoTaskFinalizer& finalizer);
 
     protected:

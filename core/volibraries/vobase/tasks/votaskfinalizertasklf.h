@@ -19,6 +19,9 @@ class VoTaskFinalizer;
 class VOBASE_API VoTaskFinalizerTaskLF : public BxTask
 {
 public:
+    /// A task that calls `work` and then posts the done message for `finalizer`
+    /// to `handler`; the message is posted even when `work` throws. Neither the
+    /// handler nor the finalizer is owned.
     VoTaskFinalizerTaskLF(std::function<void()> work, const VoMessageHandlerBase& handler, VoTaskFinalizer* finalizer);
 
 protected:

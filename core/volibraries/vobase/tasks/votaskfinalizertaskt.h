@@ -18,6 +18,9 @@ class VoTaskFinalizer;
 class VOBASE_API VoTaskFinalizerTaskT : public BxTask
 {
 public:
+    /// A task that runs `work` (its failures are handled by its own
+    /// onException) and then posts the done message for `finalizer` to
+    /// `handler`. Neither the handler nor the finalizer is owned.
     VoTaskFinalizerTaskT(BxSmartPointer<BxTask> work, const VoMessageHandlerBase& handler, VoTaskFinalizer* finalizer);
 
 protected:

@@ -62,6 +62,7 @@ public:
     VoGraphNode& GetStartNode() const noexcept;
     /// The join at which a child stopped, or null.
     VoGraphNode* GetStopNode() const noexcept;
+    /// The task ID Start gave the component; fork children share their root's.
     std::int32_t GetTaskID() const noexcept { return m_taskID; }
     /// True for the task that Start created.
     bool IsRoot() const noexcept { return m_startedEvent.has_value(); }

@@ -33,7 +33,10 @@ class VoThreadPoolingWorker;
 class VOBASE_API VoTaskManagerPooling : public BxReferenceCountedObject, private INonCopyable
 {
 public:
+    /// The priority the worker threads run at.
     using EThreadPriority = BxThread<VoThreadPoolingWorker, BxThreadPolicyMFC>::EThreadPriority;
+    /// Turns a key into the task that handles it; called on the worker thread,
+    /// outside the queue's lock. It must not return null.
     using Factory = std::function<BxSmartPointer<ITaskSimple>(const CStringT<wchar_t>&)>;
 
     /// factory: turns a key into its task (must not return null); priority: of the worker threads.

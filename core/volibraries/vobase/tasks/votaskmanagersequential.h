@@ -28,6 +28,7 @@ class VoThreadSequentialWorker;
 class VOBASE_API VoTaskManagerSequential : public BxReferenceCountedObject, private INonCopyable
 {
 public:
+    /// The priority the worker threads run at.
     using EThreadPriority = BxThread<VoThreadSequentialWorker, BxThreadPolicyMFC>::EThreadPriority;
 
     /// priority: of the worker threads.

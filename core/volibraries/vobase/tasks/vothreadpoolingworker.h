@@ -22,6 +22,9 @@
 class VOBASE_API VoThreadPoolingWorker : public BxThread<VoThreadPoolingWorker, BxThreadPolicyMFC>
 {
 public:
+    /// A worker for `queue` (a counted reference is kept), named
+    /// "VoThreadPoolingWorker", at `priority`, bound to the process affinity
+    /// mask; it runs once Start is called.
     VoThreadPoolingWorker(BxSmartPointer<VoTaskManagerPooling> queue, EThreadPriority priority);
     ~VoThreadPoolingWorker() = default;
 

@@ -23,6 +23,9 @@
 class VOBASE_API VoThreadSequentialWorker : public BxThread<VoThreadSequentialWorker, BxThreadPolicyMFC>
 {
 public:
+    /// A worker for `queue` (a counted reference is kept), named
+    /// "VoThreadSequentialWorker", at `priority`, bound to the process affinity
+    /// mask; it runs once Start is called.
     VoThreadSequentialWorker(BxSmartPointer<VoTaskManagerSequential> queue, EThreadPriority priority);
     ~VoThreadSequentialWorker() = default;
 
