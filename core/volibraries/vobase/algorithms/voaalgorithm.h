@@ -40,49 +40,57 @@ public:
     /// A flag: its name and its bit value in the algorithm's flags.
     struct SFlag
     {
-        std::wstring name;
-        std::uint32_t value = 0;
+        std::wstring name;          ///< shown to the user, as returned by GetFlagName
+        std::uint32_t value = 0;    ///< the flag's bit value in VoAlgorithm::GetFlags()
     };
     /// A named group of flags.
     struct SFlagType
     {
-        std::wstring name;
-        std::vector<SFlag> flags;
+        std::wstring name;          ///< the group's name, as returned by GetFlagTypeName
+        std::vector<SFlag> flags;   ///< the group's flags, in definition order
     };
     /// A named, typed entry: an input, an output or a parameter.
     struct SEntry
     {
-        std::wstring name;
-        const BxRTTI* rtti = nullptr;
+        std::wstring name;              ///< the entry's name
+        const BxRTTI* rtti = nullptr;   ///< registry record of the entry's type; not owned, never null once defined
     };
     /// A named group of inputs.
     struct SInputType
     {
-        std::wstring name;
-        std::vector<SEntry> inputs;
+        std::wstring name;              ///< the group's name, as returned by GetInputTypeName
+        std::vector<SEntry> inputs;     ///< the group's inputs, in definition order
     };
 
     /// What an algorithm takes and gives, in definition order.
     class VOBASE_API InterfaceDescription
     {
     public:
+        /// An empty description of `algorithm`, which must outlive it; the Define* calls fill it.
         explicit InterfaceDescription(const VoAlgorithm& algorithm) : m_algorithm(&algorithm) {}
 
         /// Opens a new input type; the following DefineInput calls add to it.
         void DefineInputType(const wchar_t* name);
         /// Adds an input to the input type opened last (BxException when none is open).
         void DefineInput(const wchar_t* name, const BxRTTI& rtti);
+        /// Adds an output named `name` of the type `rtti` (the record is kept by address and must outlive this).
         void DefineOutput(const wchar_t* name, const BxRTTI& rtti);
+        /// Adds a parameter named `name` of the type `rtti` (the record is kept by address and must outlive this).
         void DefineParameter(const wchar_t* name, const BxRTTI& rtti);
         /// Opens a new flag type; the following DefineFlag calls add to it.
         void DefineFlagType(const wchar_t* name);
         /// Adds a flag to the flag type opened last (BxException when none is open).
         void DefineFlag(const wchar_t* name, std::uint32_t value);
 
+        /// The algorithm this description belongs to.
         const VoAlgorithm& GetAlgorithm() const noexcept { return *m_algorithm; }
+        /// The input types with their inputs, in definition order.
         const std::vector<SInputType>& GetInputTypes() const noexcept { return m_inputTypes; }
+        /// The outputs, in definition order.
         const std::vector<SEntry>& GetOutputs() const noexcept { return m_outputs; }
+        /// The parameters, in definition order.
         const std::vector<SEntry>& GetParameters() const noexcept { return m_parameters; }
+        /// The flag types with their flags, in definition order.
         const std::vector<SFlagType>& GetFlagTypes() const noexcept { return m_flagTypes; }
 
     private:

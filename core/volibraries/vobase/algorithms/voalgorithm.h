@@ -71,6 +71,7 @@ public:
     class VOBASE_API VoExceptionNoOutputData : public BxException, public IObject
     {
     public:
+        /// Takes the source file, line, qualified function name and message, as every BxException does.
         using BxException::BxException;
         std::unique_ptr<IException> Clone() const override
         {
@@ -92,7 +93,9 @@ public:
     /// checkPostConditions. True when the algorithm is calculated.
     bool Compute(EComputeFlags flags = eCF_None);
 
+    /// True after a successful Init, until setUninitialized.
     bool IsInitialized() const noexcept { return m_initialized; }
+    /// True after a successful Compute, until the input changes; only then may outputs be read.
     bool IsCalculated() const noexcept { return m_calculated; }
     /// True when the algorithm is initialised and its preconditions hold.
     bool IsComputable() const { return m_initialized && checkPreConditions(); }
@@ -113,8 +116,11 @@ public:
     /// The caller keeps the event alive while it is attached.
     void SetBreakEvent(BxEvent* breakEvent) noexcept { m_breakEvent = breakEvent; }
 
+    /// The algorithm's own flags (bit values that its description publishes as flag types).
     BxFlags<EFlags> GetFlags() const noexcept { return m_flags; }
+    /// Sets every flag of `flags`; the others stay as they are.
     void AddFlags(BxFlags<EFlags> flags) noexcept { m_flags |= flags; }
+    /// Clears every flag of `flags`; the others stay as they are.
     void RemoveFlags(BxFlags<EFlags> flags) noexcept
     {
         m_flags = BxFlags<EFlags>(static_cast<std::uint32_t>(m_flags.GetValue() & ~flags.GetValue()));
@@ -132,12 +138,19 @@ public:
     BX_DECLARE_RTTI()
 
 protected:
+    /// Checked by Init before init(); false is a broken condition that fails Init. The base accepts.
     virtual bool checkPreConditionsInit() const { return true; }
+    /// One-time set-up of a derived algorithm, run by Init; may throw, which fails Init. The base does nothing.
     virtual void init() {}
+    /// Checked by Init after init(); false is a broken condition that fails Init. The base accepts.
     virtual bool checkPostConditionsInit() const { return true; }
+    /// Checked by Compute before compute() (and by IsComputable): false, typically because an input is missing,
+    /// is a broken condition that fails Compute. The base accepts.
     virtual bool checkPreConditions() const { return true; }
     /// The computation; false when it stopped without a result (a break).
     virtual bool compute() = 0;
+    /// Checked by Compute after compute() returned true; false is a broken condition that fails Compute. The base
+    /// accepts.
     virtual bool checkPostConditions() const { return true; }
 
     /// Back to uninitialised (and so not calculated).
@@ -147,6 +160,7 @@ protected:
     /// Throws VoExceptionNoOutputData unless the algorithm is calculated.
     void checkOutputData() const;
 
+    /// True when a break event is attached (SetBreakEvent).
     bool hasBreakEvent() const noexcept { return m_breakEvent != nullptr; }
     /// True when a break event is attached and set; long computations poll it.
     bool isBreak() const;

@@ -33,6 +33,8 @@
 class VOBASE_API VoAttributeContainer : private INonCopyable
 {
 public:
+    /// An empty container with no definitions. Memory is taken on the first CreateElement: a first block of
+    /// `initialBlocks` x `elementsPerBlock` elements, then blocks of `elementsPerBlock` (0 counts as 1).
     explicit VoAttributeContainer(std::uint32_t initialBlocks = 1, std::uint32_t elementsPerBlock = 10000);
     virtual ~VoAttributeContainer();
 
@@ -60,6 +62,8 @@ public:
     {
         return *static_cast<T*>(slot(definition, element));
     }
+    /// The slot of `definition` in `element`, read-only. Throws BxExceptionContainer when the definition is not
+    /// registered with this container.
     template <class T>
     const T& Get(const VoAttributeDefinition& definition, const void* element) const
     {

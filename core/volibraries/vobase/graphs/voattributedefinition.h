@@ -51,12 +51,15 @@ public:
         m_slotSize = std::max<std::size_t>(m_slotSize, sizeof(T));
     }
 
+    /// The name given at construction (for dumps and diagnostics; slots are found by definition, not by name).
     const std::wstring& GetName() const noexcept { return m_name; }
     /// The element size given at construction.
     std::uint32_t GetElementSize() const noexcept { return m_elementSize; }
+    /// The attribute ID given at construction, a number chosen by the owner to tell its attributes apart.
     std::uint32_t GetAttributeID() const noexcept { return m_attributeId; }
     /// The bytes the slot takes in an element (element size or the type's size, whichever is larger).
     std::size_t GetSlotSize() const noexcept { return m_slotSize; }
+    /// The slot's alignment in bytes, a power of two (the slot type's alignment for typed definitions).
     std::size_t GetAlignment() const noexcept { return m_alignment; }
 
     /// The container the definition is registered with, or null.
@@ -64,7 +67,9 @@ public:
     /// The slot's byte offset within an element of its container.
     std::size_t GetOffset() const noexcept { return m_offset; }
 
+    /// The function that builds the slot in a new element; may be empty (the slot's bytes are left as they are).
     const SlotFunction& GetConstructor() const noexcept { return m_construct; }
+    /// The function that tears the slot down when its element is released; may be empty (nothing to do).
     const SlotFunction& GetDestructor() const noexcept { return m_destruct; }
 
 private:

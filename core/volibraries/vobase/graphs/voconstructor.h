@@ -16,8 +16,8 @@ template <class T>
 class VoConstructor
 {
 public:
-    static constexpr std::size_t Size = sizeof(T);
-    static constexpr std::size_t Alignment = alignof(T);
+    static constexpr std::size_t Size = sizeof(T);        ///< bytes a slot of this type needs
+    static constexpr std::size_t Alignment = alignof(T);  ///< alignment a slot of this type needs
 
     /// Slots are value-initialised (T()).
     VoConstructor() = default;

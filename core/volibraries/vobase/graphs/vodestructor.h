@@ -10,5 +10,6 @@ template <class T>
 class VoDestructor
 {
 public:
+    /// Destroys the T living in `slot`; the slot's bytes stay allocated (the container frees the element).
     void operator()(void* slot) const { static_cast<T*>(slot)->~T(); }
 };

@@ -54,25 +54,32 @@ public:
     class NodeIterator
     {
     public:
-        using iterator_category = std::forward_iterator_tag;
-        using value_type = VoGraphNode;
-        using difference_type = std::ptrdiff_t;
-        using pointer = Node*;
-        using reference = Node&;
+        using iterator_category = std::forward_iterator_tag;  ///< forward only: the list is walked by next links
+        using value_type = VoGraphNode;                       ///< the nodes themselves
+        using difference_type = std::ptrdiff_t;               ///< required by the iterator concepts
+        using pointer = Node*;                                ///< VoGraphNode*, const for const_iterator
+        using reference = Node&;                              ///< VoGraphNode&, const for const_iterator
 
+        /// The end iterator (no node).
         NodeIterator() = default;
+        /// Starts at `node`; null is the end.
         explicit NodeIterator(Node* node) : m_node(node) {}
+        /// The current node; not for the end iterator.
         Node& operator*() const noexcept { return *m_node; }
+        /// The current node; not for the end iterator.
         Node* operator->() const noexcept { return m_node; }
+        /// Moves to the next node in list order (the end after the last one).
         NodeIterator& operator++() noexcept { m_node = m_node->GetNextInGraph(); return *this; }
+        /// Moves to the next node and returns the iterator as it was.
         NodeIterator operator++(int) noexcept { NodeIterator old = *this; ++*this; return old; }
+        /// True when both stand on the same node (or both are at the end).
         bool operator==(const NodeIterator& other) const noexcept = default;
 
     private:
         Node* m_node = nullptr;
     };
-    using iterator = NodeIterator<VoGraphNode>;
-    using const_iterator = NodeIterator<const VoGraphNode>;
+    using iterator = NodeIterator<VoGraphNode>;              ///< walks the nodes in list order
+    using const_iterator = NodeIterator<const VoGraphNode>;  ///< walks the nodes in list order, read-only
 
     VoGraph();
     /// Removes every node. A deriving class that overrides deleteNode calls
@@ -87,16 +94,25 @@ public:
     void InsertNode(VoGraphNode* node);
     /// Removes and destroys `node` (through deleteNode).
     void RemoveNode(VoGraphNode& node);
+    /// Removes and destroys every node with its connections (through deleteNode); the indices stay accurate.
     void RemoveAllNodes();
-    /// The first node in list order with index `index`, or null.
+    /// The first node in list order with index `index`, or null. O(1) while the indices are accurate, else a
+    /// linear search.
     VoGraphNode* FindNode(std::uint32_t index);
+    /// The first node in list order with index `index`, or null (read-only form).
     const VoGraphNode* FindNode(std::uint32_t index) const;
+    /// The number of nodes.
     std::uint32_t GetCount() const noexcept { return m_count; }
 
+    /// The first node in list order (insertion order).
     iterator begin() noexcept { return iterator(m_head); }
+    /// Past the last node.
     iterator end() noexcept { return iterator(); }
+    /// The first node in list order, read-only.
     const_iterator begin() const noexcept { return const_iterator(m_head); }
+    /// Past the last node, read-only.
     const_iterator end() const noexcept { return const_iterator(); }
+    /// The first node in list order, or null when the graph is empty; the graph keeps ownership.
     VoGraphNode* GetHead() const noexcept { return m_head; }
 
     // Indices
@@ -104,6 +120,8 @@ public:
     /// Numbers the nodes 0, 1, 2, ... in list order unless the indices are
     /// accurate already; returns the count.
     std::uint32_t CreateIndices();
+    /// True while node k of the list has index k: after construction, CreateIndices, or removals of the last node
+    /// only.
     bool IsIndicesAccurate() const noexcept { return m_indicesAccurate != 0; }
     /// The nodes by index; valid while the indices are accurate.
     const std::vector<VoGraphNode*>& GetNodesByIndex() const noexcept { return m_byIndex; }

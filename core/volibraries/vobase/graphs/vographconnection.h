@@ -28,12 +28,15 @@ public:
     /// The two ends of a connection.
     enum ENodeType : std::uint32_t
     {
-        eNT_Source = 0,
-        eNT_Target = 1,
+        eNT_Source = 0,  ///< the node the connection leaves (it is in that node's outgoing list)
+        eNT_Target = 1,  ///< the node the connection leads to (it is in that node's incoming list)
     };
 
     VoGraphConnection() = default;
+    /// A connection from `from` to `to` with weight 0. It is in no list yet: VoGraphNode::AddConnection builds and
+    /// enters connections, which is what users normally call.
     VoGraphConnection(VoGraphNode& from, VoGraphNode& to) : m_source(&from), m_target(&to) {}
+    /// A connection from `from` to `to` with `weight`, in no list yet (see VoGraphNode::AddConnection).
     VoGraphConnection(VoGraphNode& from, VoGraphNode& to, float weight)
         : m_source(&from), m_target(&to), m_weight(weight)
     {
@@ -44,9 +47,11 @@ public:
           m_weight(other.m_weight), m_word(other.m_word)
     {
     }
+    /// Same as the copy: `other` keeps its ends and stays in its lists; the new connection is in none.
     VoGraphConnection(VoGraphConnection&& other) noexcept : VoGraphConnection(other) {}
     VoGraphConnection& operator=(const VoGraphConnection&) = delete;
 
+    /// The connection's weight (the cost of following it, for the path algorithms).
     float GetWeight() const noexcept { return m_weight; }
     /// Changes the weight (the lists that hold the connection see it at once).
     void SetWeight(float weight) noexcept;
@@ -56,6 +61,7 @@ public:
 
     /// A word for the user of the graph, 0 at creation.
     std::uint32_t GetWord() const noexcept { return m_word; }
+    /// Stores `word`; the graph and its algorithms never read it.
     void SetWord(std::uint32_t word) noexcept { m_word = word; }
 
     /// True when `other`'s weight is greater.

@@ -37,34 +37,48 @@ public:
     /// One connection with the mirrors of its weight and of its other end's index.
     struct SEntry
     {
-        BxSmartPointer<VoGraphConnection> connection;
+        BxSmartPointer<VoGraphConnection> connection;  ///< the connection; the entry holds one reference
         std::uint32_t index;  ///< index of the node at the other end
         float weight;         ///< the connection's weight
     };
+    /// The entries in list order, as returned by GetEntries.
     using Entries = std::vector<SEntry>;
 
     /// Iterates the connections themselves.
     class const_iterator
     {
     public:
-        using iterator_category = std::random_access_iterator_tag;
-        using value_type = BxSmartPointer<VoGraphConnection>;
-        using difference_type = std::ptrdiff_t;
-        using pointer = const value_type*;
-        using reference = const value_type&;
+        using iterator_category = std::random_access_iterator_tag;  ///< the entries are one contiguous array
+        using value_type = BxSmartPointer<VoGraphConnection>;      ///< the shared connection
+        using difference_type = std::ptrdiff_t;                    ///< distance between two positions
+        using pointer = const value_type*;                         ///< read-only pointer to the shared connection
+        using reference = const value_type&;                       ///< read-only reference to the shared connection
 
+        /// A singular iterator, only to be assigned to.
         const_iterator() = default;
+        /// Stands on the entry `at` of a list's entries.
         explicit const_iterator(Entries::const_iterator at) : m_at(at) {}
+        /// The connection at the current position.
         reference operator*() const noexcept { return m_at->connection; }
+        /// The connection at the current position.
         pointer operator->() const noexcept { return &m_at->connection; }
+        /// Moves to the next connection.
         const_iterator& operator++() noexcept { ++m_at; return *this; }
+        /// Moves to the next connection and returns the iterator as it was.
         const_iterator operator++(int) noexcept { const_iterator old = *this; ++m_at; return old; }
+        /// Moves to the previous connection.
         const_iterator& operator--() noexcept { --m_at; return *this; }
+        /// Moves `n` connections on (back when `n` is negative).
         const_iterator& operator+=(difference_type n) noexcept { m_at += n; return *this; }
+        /// An iterator `n` connections on (back when `n` is negative).
         const_iterator operator+(difference_type n) const noexcept { return const_iterator(m_at + n); }
+        /// The number of connections from `other` to this position.
         difference_type operator-(const const_iterator& other) const noexcept { return m_at - other.m_at; }
+        /// The connection `n` positions on.
         reference operator[](difference_type n) const noexcept { return m_at[n].connection; }
+        /// True when both stand on the same entry of the same list.
         bool operator==(const const_iterator& other) const noexcept = default;
+        /// Orders positions of the same list.
         auto operator<=>(const const_iterator& other) const noexcept = default;
 
     private:
@@ -77,7 +91,9 @@ public:
     /// Destroying a list only drops its references; it does not touch other lists.
     ~VoGraphConnectionList() { ReleaseAll(); }
 
+    /// The number of connections in the list.
     std::uint32_t GetCount() const noexcept { return static_cast<std::uint32_t>(m_items.size()); }
+    /// True when the list holds no connection.
     bool IsEmpty() const noexcept { return m_items.empty(); }
 
     /// Appends `connection`, which must have both nodes and must not be in a
@@ -90,8 +106,11 @@ public:
     /// Orders the connections by weight, ascending; equal weights keep their order.
     void Sort();
 
+    /// The first connection, in the order they were added (or sorted).
     const_iterator begin() const noexcept { return const_iterator(m_items.begin()); }
+    /// Past the last connection.
     const_iterator end() const noexcept { return const_iterator(m_items.end()); }
+    /// The connection at position `i`; `i` must be less than GetCount() (not checked).
     const BxSmartPointer<VoGraphConnection>& operator[](std::uint32_t i) const noexcept
     {
         return m_items[i].connection;

@@ -20,6 +20,7 @@ class VoGraphNode;
 class VOBASE_API VoGraphPathIterator
 {
 public:
+    /// Which way the iterator walks the path.
     enum EDirection : std::uint32_t
     {
         eD_Forward = 0,   ///< from the start along the next-on-path links
@@ -27,11 +28,14 @@ public:
     };
 
     VoGraphPathIterator() = default;
+    /// An iterator over the path from `start` to `end`, standing on `start` (forward) or `end` (backward). The
+    /// nodes are not owned and must outlive the iterator; the walk follows the links, not `end`, to stop.
     VoGraphPathIterator(VoGraphNode& start, VoGraphNode& end, EDirection direction);
     virtual ~VoGraphPathIterator() = default;
 
     /// Changes the direction; takes effect at the next Restart.
     void SetDirection(EDirection direction) noexcept { m_direction = direction; }
+    /// The direction of the walk.
     EDirection GetDirection() const noexcept { return m_direction; }
     /// Starts again at the start (forward) or the end (backward).
     void Restart() noexcept;
@@ -41,11 +45,16 @@ public:
     /// The current node; the iterator moves on to its neighbour on the path.
     VoGraphNode* GetNext() { return getNext(); }
 
+    /// The path's first node, or null for an empty iterator.
     VoGraphNode* GetStart() const noexcept { return m_start; }
+    /// The path's last node, or null for an empty iterator.
     VoGraphNode* GetEnd() const noexcept { return m_end; }
 
 protected:
+    /// True while the current node is not null; behind HasMoreElements, for iterators that filter the path.
     virtual bool hasMoreElements() const { return m_current != nullptr; }
+    /// Returns the current node (null when none is left) and moves to its next-on-path (forward) or
+    /// previous-on-path (backward) neighbour; behind GetNext.
     virtual VoGraphNode* getNext();
 
 private:

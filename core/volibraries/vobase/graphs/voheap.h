@@ -35,14 +35,18 @@ template <class TElement, class TPrecedence, class TOperator>
 class VoHeap
 {
 public:
-    using element_type = TElement;
+    using element_type = TElement;  ///< the element type; the heap holds pointers to such elements
 
     /// Makes room for `count` elements.
     void Reserve(std::uint32_t count) { m_array.reserve(count); }
+    /// The number of elements in the heap.
     std::uint32_t GetCount() const noexcept { return static_cast<std::uint32_t>(m_array.size()); }
+    /// True when the heap holds no element (Top and Pop must not be called then).
     bool IsEmpty() const noexcept { return m_array.empty(); }
     /// The element on top; the heap must not be empty.
     TElement& Top() const noexcept { return *m_array.front().element; }
+    /// Forgets every element (the elements themselves are untouched, their positions become stale); keeps the
+    /// reserved room.
     void Clear() noexcept { m_array.clear(); }
 
     /// Inserts `element` with its current key.

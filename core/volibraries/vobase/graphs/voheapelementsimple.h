@@ -12,7 +12,7 @@
 template <class T>
 struct VoHeapElementSimple
 {
-    using value_type = T;
+    using value_type = T;  ///< the type of the value the element carries
 
     std::uint32_t position = 0;  ///< the element's index in the heap's array, kept by the heap
     float key = 0.0f;            ///< the priority

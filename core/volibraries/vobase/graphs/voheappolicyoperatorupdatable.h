@@ -11,8 +11,9 @@
 /// in the element, so that Update can find it again.
 struct VoHeapPolicyOperatorUpdatable
 {
-    static constexpr bool IsUpdatable = true;
+    static constexpr bool IsUpdatable = true;  ///< VoHeap::Update is allowed with this policy
 
+    /// Called by the heap whenever `element` lands at `position` of its array; stores it in `element.position`.
     template <class Element>
     static void SetPosition(Element& element, std::uint32_t position) noexcept
     {

@@ -41,6 +41,7 @@ public:
     BX_DECLARE_RTTI()
 
 protected:
+    /// True once SetInput has given the graph and the output list.
     bool checkPreConditions() const override { return m_graph && m_output; }
     bool compute() override;
 

@@ -38,6 +38,7 @@ public:
     BX_DECLARE_RTTI()
 
 protected:
+    /// True once SetInput has given the graph, the start and the end; Compute refuses to run before.
     bool checkPreConditions() const override { return m_graph && m_start && m_end; }
     bool compute() override;
 

@@ -21,9 +21,12 @@ namespace Messaging {
 class VOBASE_API CContext : public Interceptor::IContext
 {
 public:
+    /// The context of one subscription change of `handler` for the type record `rtti`; neither is owned.
     CContext(VoMessageHandlerBase* handler, const BxRTTI* rtti) noexcept : m_handler(handler), m_rtti(rtti) {}
 
+    /// The handler that subscribes or unsubscribes; valid during the interceptor call.
     VoMessageHandlerBase* GetMessageHandler() const noexcept { return m_handler; }
+    /// The message class concerned; VoMessageCommand::RTTI for a subscription by command id.
     const BxRTTI* GetRTTI() const noexcept { return m_rtti; }
 
 private:

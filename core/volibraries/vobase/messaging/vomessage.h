@@ -32,9 +32,11 @@ public:
     VoMessage();
     /// A copy is a new message: it gets a fresh ID.
     VoMessage(const VoMessage& other);
+    /// Like the copy: the new message gets a fresh ID (a message's identity never moves).
     VoMessage(VoMessage&& other) noexcept;
     /// Keeps nothing of the other's identity: this message takes a fresh ID.
     VoMessage& operator=(const VoMessage& other);
+    /// Like the copy assignment: this message takes a fresh ID.
     VoMessage& operator=(VoMessage&& other) noexcept;
     ~VoMessage() override;
 

@@ -22,9 +22,13 @@ public:
     VoMessageCommand() : VoMessageCommand(0) {}
     /// Message 0x111, wParam = commandID, lParam = 0.
     explicit VoMessageCommand(std::uint64_t commandID);
+    /// Copies the command (message number, wParam, lParam); the copy is a new message with a fresh ID.
     VoMessageCommand(const VoMessageCommand&) = default;
+    /// Moves the command (message number, wParam, lParam); the new message gets a fresh ID.
     VoMessageCommand(VoMessageCommand&&) noexcept = default;
+    /// Copies the command (message number, wParam, lParam); this message takes a fresh ID.
     VoMessageCommand& operator=(const VoMessageCommand&) = default;
+    /// Moves the command (message number, wParam, lParam); this message takes a fresh ID.
     VoMessageCommand& operator=(VoMessageCommand&&) noexcept = default;
     ~VoMessageCommand() override = default;
 };

@@ -60,6 +60,7 @@ public:
     class VoMessageHandlerList : public BxReferenceCountedObject
     {
     public:
+        /// The subscribed handlers (not owned), in subscription order; dispatcher's thread only.
         BxListEx<VoMessageHandlerBase*> handlers;
     };
 
@@ -82,17 +83,26 @@ public:
     static LRESULT SendPrivateMessage(const VoMessage& message);
 
     // Asynchronous posts: queue and return.
+    /// To every subscriber, each on its own thread; returns at once (any thread). The queues share `message`,
+    /// which lives until the last subscriber has handled it.
     static void PostMessageW(BxSmartPointer<const VoMessage> message);
+    /// To `target` only, which must be subscribed to the message (else the message is dropped); returns at once.
     static void PostMessageW(BxSmartPointer<const VoMessage> message, const VoMessageHandlerBase& target);
 
     // The same calls naming the caller's source position; they behave exactly like the plain ones.
+    /// SendMessageW(message); `sourceFile` and `line` name the caller's position.
     static LRESULT SendMessageW(const wchar_t* sourceFile, unsigned int line, const VoMessage& message);
+    /// SendMessageW(message, results); `sourceFile` and `line` name the caller's position.
     static LRESULT SendMessageW(const wchar_t* sourceFile, unsigned int line, const VoMessage& message,
                                 BxList<std::int64_t>& results);
+    /// SendMessageW(message, target); `sourceFile` and `line` name the caller's position.
     static LRESULT SendMessageW(const wchar_t* sourceFile, unsigned int line, const VoMessage& message,
                                 const VoMessageHandlerBase& target);
+    /// SendPrivateMessage(message); `sourceFile` and `line` name the caller's position.
     static LRESULT SendPrivateMessage(const wchar_t* sourceFile, unsigned int line, const VoMessage& message);
+    /// PostMessageW(message); `sourceFile` and `line` name the caller's position.
     static void PostMessageW(const wchar_t* sourceFile, unsigned int line, BxSmartPointer<const VoMessage> message);
+    /// PostMessageW(message, target); `sourceFile` and `line` name the caller's position.
     static void PostMessageW(const wchar_t* sourceFile, unsigned int line, BxSmartPointer<const VoMessage> message,
                              const VoMessageHandlerBase& target);
 

@@ -27,6 +27,8 @@
 class VOBASE_API VoMessageHandler : public VoMessageHandlerBase
 {
 public:
+    /// A handler named `name` (unique among the dispatcher's handlers), without a window yet: call
+    /// initMessageHandler on its home thread.
     explicit VoMessageHandler(const CStringW& name);
     /// Destroys the window when it still exists.
     ~VoMessageHandler() override;
@@ -41,6 +43,7 @@ public:
     BxCheckReturn<bool, BxCheckReturnPolicyAssert> destroyMessageHandler();
 
 protected:
+    /// Stores the window handle (atomically: wake-ups read it from any thread).
     void setHWND(HWND hwnd) override { m_hwnd.store(hwnd, std::memory_order_release); }
     WNDPROC getWindowProc() const override { return &windowProc; }
     /// Nothing to end for a handler that does not own its thread.

@@ -88,13 +88,20 @@ public:
     virtual HWND GetHWND() const = 0;
 
     // Subscription requests, sent synchronously to the dispatcher (whose thread must run).
+    /// Subscribes to the message class `rtti` and all classes derived from it. Returns when the dispatcher has
+    /// handled the request; a name already registered for another handler makes it fail silently. Not from the
+    /// dispatcher's own thread.
     void Subscribe(const BxRTTI& rtti);
+    /// Subscribes to the VoMessageCommand with `commandID` as its wParam; otherwise as Subscribe.
     void SubscribeCommand(std::uint64_t commandID);
     /// A command subscribes its id, anything else its class.
     void SubscribeMessage(const VoMessage& message);
     /// Unsubscribes, then purges matching queued entries.
     void Unsubscribe(const BxRTTI& rtti);
+    /// Ends the subscription to command `commandID`, then purges queued commands with that id (their senders are
+    /// released without an answer from this handler).
     void UnsubscribeCommand(std::uint64_t commandID);
+    /// A command unsubscribes its id (UnsubscribeCommand), anything else its class (Unsubscribe).
     void UnsubscribeMessage(const VoMessage& message);
     /// Forgets every subscription and the registry name (only when the
     /// dispatcher knows the handler); purges nothing already queued.
@@ -120,6 +127,7 @@ public:
     /// Diagnostics: the C++ type name of the message at the head of the post
     /// (send) queue; `name` stays unchanged when the queue is empty.
     void getNameOfNextProcessedPostMessage(CString& name) const;
+    /// Diagnostics: as getNameOfNextProcessedPostMessage, for the send queue.
     void getNameOfNextProcessedSendMessage(CString& name) const;
 
     /// The dispatcher that knows this handler (null before its first
@@ -130,12 +138,15 @@ public:
 
     /// Hands the handler another logger (default: category "Core.Messaging").
     void SetLogger(BxSmartPointer<Logging::ILogger> logger);
+    /// The logger the handler writes to (never null: the default one unless SetLogger gave another).
     BxSmartPointer<Logging::ILogger> GetLogger() const;
 
 protected:
     friend class VoMessageDispatcher;
     friend class VoMessageHandler;  // its window procedure reaches the hooks
 
+    /// Stores the handler's window; called on the handler's thread as its window is created (before the handler
+    /// subscribes), and again by createHWND.
     virtual void setHWND(HWND hwnd) = 0;
     /// The window procedure registered with the handler's window class.
     virtual WNDPROC getWindowProc() const = 0;
@@ -176,6 +187,7 @@ protected:
     /// `owner`'s name as title. False on failure (GetLastError tells why).
     static bool createHWND(VoMessageHandlerBase& owner, VoMessageHandlerBase& handler);
 
+    /// Records the handler's home thread (set when its window is created); GetThreadID reads it from any thread.
     void setThreadID(std::uint32_t threadID) noexcept { m_threadID.store(threadID, std::memory_order_release); }
 
 private:

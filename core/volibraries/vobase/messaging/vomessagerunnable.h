@@ -21,10 +21,15 @@ class VOBASE_API VoMessageRunnable : public VoMessage
 
 public:
     VoMessageRunnable() = default;
+    /// Carries `runnable`, sharing its ownership; the message holds a reference until it is destroyed.
     explicit VoMessageRunnable(BxSmartPointer<IRunnable> runnable);
+    /// Copies the runnable reference (both messages share the runnable); the copy is a new message with a fresh ID.
     VoMessageRunnable(const VoMessageRunnable&) = default;
+    /// Moves the runnable reference (both messages share the runnable); the new message gets a fresh ID.
     VoMessageRunnable(VoMessageRunnable&&) noexcept = default;
+    /// Copies the runnable reference (both messages share the runnable); this message takes a fresh ID.
     VoMessageRunnable& operator=(const VoMessageRunnable&) = default;
+    /// Moves the runnable reference (both messages share the runnable); this message takes a fresh ID.
     VoMessageRunnable& operator=(VoMessageRunnable&&) noexcept = default;
     ~VoMessageRunnable() override = default;
 

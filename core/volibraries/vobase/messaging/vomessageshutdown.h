@@ -13,9 +13,13 @@ class VOBASE_API VoMessageShutDown : public VoMessage
 
 public:
     VoMessageShutDown() = default;
+    /// Copies nothing (the message has no fields); the copy is a new message with a fresh ID.
     VoMessageShutDown(const VoMessageShutDown&) = default;
+    /// Moves nothing (the message has no fields); the new message gets a fresh ID.
     VoMessageShutDown(VoMessageShutDown&&) noexcept = default;
+    /// Copies nothing (the message has no fields); this message takes a fresh ID.
     VoMessageShutDown& operator=(const VoMessageShutDown&) = default;
+    /// Moves nothing (the message has no fields); this message takes a fresh ID.
     VoMessageShutDown& operator=(VoMessageShutDown&&) noexcept = default;
     ~VoMessageShutDown() override = default;
 };

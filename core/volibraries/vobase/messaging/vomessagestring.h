@@ -21,15 +21,22 @@ class VOBASE_API VoMessageString : public VoMessage
 
 public:
     VoMessageString() = default;
+    /// A text for the window `hwnd` (not owned; when the window is gone by the time the dispatcher posts the
+    /// text, the text is dropped).
     VoMessageString(HWND hwnd, const CStringW& text);
+    /// Copies the window handle and the text; the copy is a new message with a fresh ID.
     VoMessageString(const VoMessageString&) = default;
+    /// Moves the window handle and the text; the new message gets a fresh ID.
     VoMessageString(VoMessageString&&) noexcept = default;
+    /// Copies the window handle and the text; this message takes a fresh ID.
     VoMessageString& operator=(const VoMessageString&) = default;
+    /// Moves the window handle and the text; this message takes a fresh ID.
     VoMessageString& operator=(VoMessageString&&) noexcept = default;
     ~VoMessageString() override = default;
 
     /// The window the text is for.
     HWND GetHWND() const noexcept { return m_hwnd; }
+    /// The text.
     const CStringW& GetMessageString() const noexcept { return m_text; }
 
 private:

@@ -38,19 +38,27 @@ public:
     /// A request about a message class (eA_Subscribe, eA_Unsubscribe) or
     /// about nothing in particular (eA_UnsubscribeAll).
     VoMessageSubscription(VoMessageHandlerBase* handler, EAction action, const BxRTTI* rtti = nullptr);
+    /// A request about the message class `rtti` (eA_Subscribe, eA_Unsubscribe); the record is kept by address.
     VoMessageSubscription(VoMessageHandlerBase* handler, EAction action, const BxRTTI& rtti);
     /// A request about a command id; the type record becomes VoMessageCommand::RTTI.
     VoMessageSubscription(VoMessageHandlerBase* handler, EAction action, std::uint64_t commandID);
+    /// Copies the handler, the action, the type record and the command id; the copy is a new message with a fresh ID.
     VoMessageSubscription(const VoMessageSubscription&) = default;
+    /// Moves the handler, the action, the type record and the command id; the new message gets a fresh ID.
     VoMessageSubscription(VoMessageSubscription&&) noexcept = default;
+    /// Copies the handler, the action, the type record and the command id; this message takes a fresh ID.
     VoMessageSubscription& operator=(const VoMessageSubscription&) = default;
+    /// Moves the handler, the action, the type record and the command id; this message takes a fresh ID.
     VoMessageSubscription& operator=(VoMessageSubscription&&) noexcept = default;
     ~VoMessageSubscription() override = default;
 
+    /// What the handler asks for.
     EAction GetAction() const noexcept { return m_action; }
+    /// The handler that asks (not owned).
     VoMessageHandlerBase* GetMessageHandler() const noexcept { return m_handler; }
     /// The class record; VoMessageCommand::RTTI for command requests; may be null for eA_UnsubscribeAll.
     const BxRTTI* GetSubscriberRTTI() const noexcept { return m_rtti; }
+    /// The command id of eA_SubscribeCommand and eA_UnsubscribeCommand requests; 0 for the others.
     std::uint64_t GetCommandID() const noexcept { return m_commandID; }
 
     /// True when a message already queued for the handler must be purged once

@@ -22,16 +22,23 @@ class VOBASE_API VoMessageWindows : public VoMessageWorkflowAction
 
 public:
     VoMessageWindows() = default;
+    /// The window message `messageID` with its two parameters.
     VoMessageWindows(std::uint32_t messageID, std::uint64_t wParam, std::int64_t lParam);
+    /// Copies the message number, wParam and lParam; the copy is a new message with a fresh ID.
     VoMessageWindows(const VoMessageWindows&) = default;
+    /// Moves the message number, wParam and lParam; the new message gets a fresh ID.
     VoMessageWindows(VoMessageWindows&&) noexcept = default;
+    /// Copies the message number, wParam and lParam; this message takes a fresh ID.
     VoMessageWindows& operator=(const VoMessageWindows&) = default;
+    /// Moves the message number, wParam and lParam; this message takes a fresh ID.
     VoMessageWindows& operator=(VoMessageWindows&&) noexcept = default;
     ~VoMessageWindows() override = default;
 
     /// The window message number.
     std::uint32_t GetMessageID() const noexcept { return m_messageID; }
+    /// The first parameter (for a VoMessageCommand, the command id).
     std::uint64_t GetWParam() const noexcept { return m_wParam; }
+    /// The second parameter.
     std::int64_t GetLParam() const noexcept { return m_lParam; }
 
     /// Appends " (Message <number> [<wParam>, <lParam>])" to the class name.

@@ -14,9 +14,13 @@ class VOBASE_API VoMessageWorkflowAction : public VoMessage
 
 public:
     VoMessageWorkflowAction() = default;
+    /// Copies nothing (the class has no fields); the copy is a new message with a fresh ID.
     VoMessageWorkflowAction(const VoMessageWorkflowAction&) = default;
+    /// Moves nothing (the class has no fields); the new message gets a fresh ID.
     VoMessageWorkflowAction(VoMessageWorkflowAction&&) noexcept = default;
+    /// Copies nothing (the class has no fields); this message takes a fresh ID.
     VoMessageWorkflowAction& operator=(const VoMessageWorkflowAction&) = default;
+    /// Moves nothing (the class has no fields); this message takes a fresh ID.
     VoMessageWorkflowAction& operator=(VoMessageWorkflowAction&&) noexcept = default;
     ~VoMessageWorkflowAction() override = default;
 };

@@ -35,6 +35,7 @@ class VoObserver;
 class VOBASE_API VoObservable
 {
 public:
+    /// The notification types (0 to 22), as in VoObservableMessage.
     using EMessageType = VoObservableMessage::EMessageType;
 
     /// One registration of an observer for one type.
@@ -44,6 +45,7 @@ public:
         void* userData;        ///< given at registration, handed back in every message
         int oneShot;           ///< non-zero: removed before its first notification is delivered
     };
+    /// The registrations of one type, in registration order.
     using ObserverList = BxListEx<VoObserverInfo>;
 
     VoObservable();

@@ -24,9 +24,12 @@ public:
     /// How many types there are.
     static constexpr int eMessageTypeCount = 23;
 
+    /// A notification of `type` carrying `userData` (not owned).
     VoObservableMessage(EMessageType type, void* userData) noexcept : m_type(type), m_userData(userData) {}
 
+    /// The notification type.
     EMessageType GetType() const noexcept { return m_type; }
+    /// The user data the observer registered with (or, through SendMessageW, whatever the sender put in).
     void* GetUserData() const noexcept { return m_userData; }
 
 private:

@@ -27,14 +27,19 @@ class VoObservable;
 class VOBASE_API VoObserver
 {
 public:
+    /// The notification types (0 to 22), as in VoObservableMessage.
     using EMessageType = VoObservableMessage::EMessageType;
 
     /// One registration: where, with which user data, for which type, one-shot or not.
     struct SObservableElement
     {
+        /// The observable registered with (not owned; a dying observable removes the element).
         VoObservable* observable;
+        /// The user data given at registration.
         void* userData;
+        /// The notification type registered for.
         EMessageType type;
+        /// Non-zero: the registration ends before its first notification is delivered.
         int oneShot;
     };
 

@@ -64,10 +64,14 @@ public:
     const BxListEx<std::int64_t>& GetResults() const noexcept { return m_results; }
     /// Subscribers living on the sender's thread, which the sender answers for itself.
     const BxListEx<VoMessageHandlerBase*>& GetLocalHandlers() const noexcept { return m_localHandlers; }
+    /// Dispatcher, while routing: adds a subscriber that lives on the sender's thread (before MarkDispatched).
     void AddLocalHandler(VoMessageHandlerBase* handler) { m_localHandlers.push_back(handler); }
 
+    /// The kernel id of the sending thread; subscribers on it are answered by the sender.
     std::uint32_t GetSenderThreadID() const noexcept { return m_senderThreadID; }
+    /// Sender, before queuing the send: records its own thread id.
     void SetSenderThreadID(std::uint32_t threadID) noexcept { m_senderThreadID = threadID; }
+    /// Answers still expected (read atomically; for diagnostics and tests).
     std::uint32_t GetPendingCount() const noexcept { return m_pending.load(std::memory_order_acquire); }
 
     /// Set when every answer is in.

@@ -13,12 +13,14 @@ namespace Workflow {
 class VOBASE_API CContextStart : public IContext
 {
 public:
+    /// The start of `manager`'s workflow in `state`, asleep when `sleeping`.
     CContextStart(const VoWorkflowManager& manager, BxSmartPointer<const VoWorkflowState> state, bool sleeping)
         : IContext(manager), m_state(std::move(state)), m_sleeping(sleeping)
     {
     }
     /// The state the workflow started in.
     const BxSmartPointer<const VoWorkflowState>& GetState() const noexcept { return m_state; }
+    /// True when the workflow started sleeping (eM_StartSleeping): the state's messages are not subscribed yet.
     bool IsSleeping() const noexcept { return m_sleeping; }
 
 private:

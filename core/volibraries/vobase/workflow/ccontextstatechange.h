@@ -15,12 +15,15 @@ namespace Workflow {
 class VOBASE_API CContextStateChange : public IContext
 {
 public:
+    /// A change of `manager`'s current state from `from` to `to`; either may be null.
     CContextStateChange(const VoWorkflowManager& manager, BxSmartPointer<const VoWorkflowState> from,
                         BxSmartPointer<const VoWorkflowState> to)
         : IContext(manager), m_from(std::move(from)), m_to(std::move(to))
     {
     }
+    /// The state that was current before; null at the start and when a transfer function has just ended.
     const BxSmartPointer<const VoWorkflowState>& GetFrom() const noexcept { return m_from; }
+    /// The state that is current now; null when the workflow stopped or a transfer function took over.
     const BxSmartPointer<const VoWorkflowState>& GetTo() const noexcept { return m_to; }
 
 private:

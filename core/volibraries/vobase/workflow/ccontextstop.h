@@ -14,10 +14,12 @@ namespace Workflow {
 class VOBASE_API CContextStop : public IContext
 {
 public:
+    /// The stop of `manager`'s workflow, which was in `state` (may be null).
     CContextStop(const VoWorkflowManager& manager, BxSmartPointer<const VoWorkflowState> state)
         : IContext(manager), m_state(std::move(state))
     {
     }
+    /// The state the workflow stopped in (it is left now), or null.
     const BxSmartPointer<const VoWorkflowState>& GetState() const noexcept { return m_state; }
 
 private:

@@ -17,14 +17,18 @@ namespace Workflow {
 class VOBASE_API CContextTransferFunction : public IContext
 {
 public:
+    /// `transferFunction` of `manager`, registered from `source` to `target`.
     CContextTransferFunction(const VoWorkflowManager& manager, BxSmartPointer<const VoTransferFunction> transferFunction,
                              BxSmartPointer<const VoWorkflowState> source, BxSmartPointer<const VoWorkflowState> target)
         : IContext(manager), m_transferFunction(std::move(transferFunction)), m_source(std::move(source)),
           m_target(std::move(target))
     {
     }
+    /// The transfer function that starts or ends (automatic or interactive).
     const BxSmartPointer<const VoTransferFunction>& GetTransferFunction() const noexcept { return m_transferFunction; }
+    /// The state the transfer function leaves.
     const BxSmartPointer<const VoWorkflowState>& GetSource() const noexcept { return m_source; }
+    /// The state the transfer function enters when it ends (unless a stop is pending).
     const BxSmartPointer<const VoWorkflowState>& GetTarget() const noexcept { return m_target; }
 
 private:

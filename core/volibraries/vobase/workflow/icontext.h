@@ -17,6 +17,7 @@ namespace Workflow {
 class VOBASE_API IContext : public Interceptor::IContext
 {
 public:
+    /// A context raised by `manager` (not owned; it outlives the hook call).
     explicit IContext(const VoWorkflowManager& manager) noexcept : m_manager(&manager) {}
     /// The manager that raised the hook.
     const VoWorkflowManager& GetWorkflowManager() const noexcept { return *m_manager; }

@@ -29,10 +29,15 @@ public:
     };
 
     VoMessageWorkflow() : VoMessageWorkflow(eM_Start) {}
+    /// A control message asking for `message`.
     explicit VoMessageWorkflow(EMessage message) : m_message(message) {}
+    /// Copies the action; the copy is a new message with a fresh ID.
     VoMessageWorkflow(const VoMessageWorkflow&) = default;
+    /// Moves the action; the new message gets a fresh ID.
     VoMessageWorkflow(VoMessageWorkflow&&) noexcept = default;
+    /// Copies the action; this message takes a fresh ID.
     VoMessageWorkflow& operator=(const VoMessageWorkflow&) = default;
+    /// Moves the action; this message takes a fresh ID.
     VoMessageWorkflow& operator=(VoMessageWorkflow&&) noexcept = default;
     ~VoMessageWorkflow() override = default;
 

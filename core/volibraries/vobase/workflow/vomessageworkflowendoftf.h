@@ -33,9 +33,13 @@ public:
 
     /// eM_EndOfATF (the type registry's factory needs a default constructor).
     VoMessageWorkflowEndOfTF() : VoMessageWorkflowEndOfTF(eM_EndOfATF) {}
+    /// Copies what ended; the copy is a new message with a fresh ID.
     VoMessageWorkflowEndOfTF(const VoMessageWorkflowEndOfTF&) = default;
+    /// Moves what ended; the new message gets a fresh ID.
     VoMessageWorkflowEndOfTF(VoMessageWorkflowEndOfTF&&) noexcept = default;
+    /// Copies what ended; this message takes a fresh ID.
     VoMessageWorkflowEndOfTF& operator=(const VoMessageWorkflowEndOfTF&) = default;
+    /// Moves what ended; this message takes a fresh ID.
     VoMessageWorkflowEndOfTF& operator=(VoMessageWorkflowEndOfTF&&) noexcept = default;
     ~VoMessageWorkflowEndOfTF() override = default;
 

@@ -14,9 +14,13 @@ class VOBASE_API VoMessageWorkflowNextMsgBuffered : public VoMessage
 
 public:
     VoMessageWorkflowNextMsgBuffered() = default;
+    /// Copies nothing (the message has no fields); the copy is a new message with a fresh ID.
     VoMessageWorkflowNextMsgBuffered(const VoMessageWorkflowNextMsgBuffered&) = default;
+    /// Moves nothing (the message has no fields); the new message gets a fresh ID.
     VoMessageWorkflowNextMsgBuffered(VoMessageWorkflowNextMsgBuffered&&) noexcept = default;
+    /// Copies nothing (the message has no fields); this message takes a fresh ID.
     VoMessageWorkflowNextMsgBuffered& operator=(const VoMessageWorkflowNextMsgBuffered&) = default;
+    /// Moves nothing (the message has no fields); this message takes a fresh ID.
     VoMessageWorkflowNextMsgBuffered& operator=(VoMessageWorkflowNextMsgBuffered&&) noexcept = default;
     ~VoMessageWorkflowNextMsgBuffered() override = default;
 };

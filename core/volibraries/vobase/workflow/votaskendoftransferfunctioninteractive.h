@@ -32,7 +32,9 @@ public:
     /// '%s::onExit'" when it throws), then posts the end message.
     void Run(TaskManager::SWorkItemStatus& status) override;
 
+    /// The interactive transfer function whose onExit the item runs (shared with the manager).
     const BxSmartPointer<VoTransferFunctionInteractive>& GetTransferFunction() const noexcept { return m_transferFunction; }
+    /// The handler (the workflow manager) to which the end message is posted.
     const VoMessageHandlerBase& GetHandler() const noexcept { return m_handler; }
 
 private:

@@ -34,7 +34,9 @@ public:
     /// escape), then posts the end message.
     void Run(TaskManager::SWorkItemStatus& status) override;
 
+    /// The automatic transfer function the item runs (shared with the manager).
     const BxSmartPointer<VoTransferFunctionAutomatic>& GetTransferFunction() const noexcept { return m_transferFunction; }
+    /// The handler (the workflow manager) to which the end message is posted.
     const VoMessageHandlerBase& GetHandler() const noexcept { return m_handler; }
 
 private:

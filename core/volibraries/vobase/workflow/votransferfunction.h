@@ -24,8 +24,11 @@
 class VOBASE_API VoTransferFunction : public IReferenceCounted
 {
 public:
-    /// A null init message throws BxExceptionPreconditionViolation.
+    /// A transfer function without a name, triggered by messages equal to `initMessage` (shared); `breakSupport`
+    /// says whether it can be broken off. A null init message throws BxExceptionPreconditionViolation.
     VoTransferFunction(BxSmartPointer<const VoMessageWorkflowAction> initMessage, bool breakSupport);
+    /// The same with a name, which the manager's log lines and dumps show. A null init message throws
+    /// BxExceptionPreconditionViolation.
     VoTransferFunction(BxSmartPointer<const VoMessageWorkflowAction> initMessage, bool breakSupport,
                        const CStringW& name);
     VoTransferFunction(const VoTransferFunction&) = delete;
@@ -35,6 +38,7 @@ public:
     BxReferenceCounter<unsigned int>& getReferenceCounter() const override { return m_referenceCounter; }
     /// The type record (L"VoTransferFunction"); derived classes may return their own.
     static const BxRTTI RTTI;
+    /// The type record of the object's class (RTTI here; the automatic and interactive kinds return theirs).
     virtual const BxRTTI& GetRTTI() const { return RTTI; }
 
     /// The message that triggers this transfer function (never null).
@@ -46,11 +50,16 @@ public:
     /// True when the init message's operator== accepts `message`.
     bool isInitMessage(const VoMessageWorkflowAction& message) const { return *m_initMessage == message; }
 
-    /// Called when registered with (true) or removed from (false) a manager that is started; empty.
+    /// Called when the transfer function is registered with a manager; `started` tells whether that manager's
+    /// workflow is running. Empty.
     virtual void onRegistration(bool /*started*/) {}
+    /// Called when the transfer function is unregistered from a manager; `started` tells whether that manager's
+    /// workflow is running. Empty.
     virtual void onUnregistration(bool /*started*/) {}
-    /// Called around a run; empty.
+    /// Hook before a run, for derived classes that drive runs themselves; empty. The workflow manager does not
+    /// call it.
     virtual void onBeforeRun() {}
+    /// Hook after a run, the counterpart of onBeforeRun; empty. The workflow manager does not call it.
     virtual void onAfterRun() {}
     /// Asked to break off; empty here.
     virtual void onBreak() {}

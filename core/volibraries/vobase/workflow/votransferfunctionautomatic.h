@@ -33,14 +33,20 @@
 class VOBASE_API VoTransferFunctionAutomatic : public VoTransferFunction
 {
 public:
+    /// An automatic transfer function whose end is reported to `handler` (the workflow manager, which must outlive
+    /// it), triggered by `initMessage`; `blocking` makes the manager run it on its own thread inside HandleMessage.
+    /// A null init message throws BxExceptionPreconditionViolation.
     VoTransferFunctionAutomatic(const VoMessageHandlerBase& handler,
                                 BxSmartPointer<const VoMessageWorkflowAction> initMessage, bool breakSupport,
                                 bool blocking);
+    /// The same with a name for the manager's log lines and dumps.
     VoTransferFunctionAutomatic(const VoMessageHandlerBase& handler,
                                 BxSmartPointer<const VoMessageWorkflowAction> initMessage, bool breakSupport,
                                 bool blocking, const CStringW& name);
 
+    /// The type record (L"VoTransferFunctionAutomatic"), based on VoTransferFunction::RTTI.
     static const BxRTTI RTTI;
+    /// Returns RTTI.
     const BxRTTI& GetRTTI() const override { return RTTI; }
 
     /// True when the manager runs it on its own thread.
@@ -69,8 +75,10 @@ public:
 protected:
     /// The work, given the current message or the init message.
     virtual void execute(const VoMessageWorkflowAction& message) = 0;
-    /// Called when the manager activates (deactivates) the transfer function; empty.
+    /// Hook for derived classes that activate the transfer function themselves; empty. The workflow manager does
+    /// not call it.
     virtual void onActivate() {}
+    /// The counterpart of onActivate; empty. The workflow manager does not call it.
     virtual void onDeactivate() {}
 
 private:

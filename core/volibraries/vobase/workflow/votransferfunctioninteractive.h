@@ -28,12 +28,17 @@
 class VOBASE_API VoTransferFunctionInteractive : public VoTransferFunction
 {
 public:
+    /// An interactive transfer function triggered by `initMessage`, idle (not running); `blockingExit` makes the
+    /// manager run onExit on its own thread. A null init message throws BxExceptionPreconditionViolation.
     VoTransferFunctionInteractive(BxSmartPointer<const VoMessageWorkflowAction> initMessage, bool breakSupport,
                                   bool blockingExit);
+    /// The same with a name for the manager's log lines and dumps.
     VoTransferFunctionInteractive(BxSmartPointer<const VoMessageWorkflowAction> initMessage, bool breakSupport,
                                   bool blockingExit, const CStringW& name);
 
+    /// The type record (L"VoTransferFunctionInteractive"), based on VoTransferFunction::RTTI.
     static const BxRTTI RTTI;
+    /// Returns RTTI.
     const BxRTTI& GetRTTI() const override { return RTTI; }
 
     /// True when the manager runs onExit on its own thread.

@@ -269,30 +269,67 @@ protected:
     virtual bool filterMessageForBuffer(const VoMessageWorkflowAction& /*message*/) const { return true; }
 
     // ---- the steps (called under m_lock)
+    /// eM_Start / eM_StartSleeping: calls onStart, evaluates the states (running the error handler once when none
+    /// holds), enters the start state, subscribes the action messages (and, awake, the state's) and sets the state
+    /// event. False when already started; on a failure the manager is left stopped and the result is false.
     bool onStartWorkflow(bool sleeping);
+    /// eM_Stop (takes m_lock itself). In a state: leaves it, unsubscribes, resets the state event, calls the
+    /// state's onExit and then onStop, whose success is the result. While a transfer function runs the stop is
+    /// deferred to its end (true), unless it is interactive and cannot be broken (false). False when not started.
     bool onStopWorkflow();
+    /// eM_Sleep: calls onSleep, marks the workflow sleeping and unsubscribes the current state's messages (or
+    /// calls the running interactive transfer function's onSleep). True when sleeping afterwards; false when not
+    /// started or on failure.
     bool onSleepWorkflow();
+    /// eM_Continue: false at once when not sleeping (or when onContinue fails). Wakes the running transfer function,
+    /// or re-evaluates the states (switching when another one holds), subscribes the current state's messages and
+    /// posts the next buffered message.
     bool onContinueWorkflow();
+    /// eM_Break (takes m_lock itself): false when not started; when the running transfer function supports
+    /// breaking, calls onBreak and asks it to break. True otherwise.
     bool onBreakWorkflow();
+    /// eM_Reevaluate: nothing (true) while a transfer function runs; else evaluates the states and, when another
+    /// one holds, switches to it. When no state holds even after the error handler, stops the workflow and
+    /// returns false.
     bool onReevaluateWorkflow();
     /// The action step: starts the transfer function the message selects.
     std::int64_t handleMessageWorkflowAction(const VoMessage& message);
+    /// The end (`kind` eM_EndOfATF or eM_EndOfITF) of the running transfer function. An interactive one's onExit
+    /// runs first: here when its exit is blocking, else on the pool (result 1; its end arrives as
+    /// eM_EndOfITFExit). Then onAfterEndOfTF. 0 when no transfer function of that kind runs (a stray end).
     std::int64_t onMsgEndOfTF(VoMessageWorkflowEndOfTF::EMessage kind);
+    /// Ends the running transfer function: logs "Ending transfer function '%s'" and enters its target state, or
+    /// stops the workflow when a stop is pending. 1 on success, 0 when nothing was running, E_FAIL on an
+    /// exception (the current messages are then unsubscribed).
     std::int64_t onAfterEndOfTF();
+    /// Takes the oldest buffered message and handles it as an action message, then posts for the next one. 0
+    /// when sleeping, without a current state, or with an empty buffer.
     std::int64_t onMsgNextBufferedMsg();
     /// The current state while its conditions hold, else the first registered
     /// state whose conditions hold; BxException when none.
     BxSmartPointer<VoWorkflowState> evaluateCurrentWorkflowState();
     /// Runs the error handler for `state`; false when there is none or it failed.
     bool runErrorHandler(const BxSmartPointer<const VoWorkflowState>& state);
+    /// The first transfer function registered from `state` whose message class `message` is kind of and whose
+    /// init message equals it; null when none. Points into the registrations: valid until the next change.
     const STransferFunction* findTransferFunction(const VoWorkflowState& state,
                                                   const VoMessageWorkflowAction& message) const;
+    /// Appends a clone of `message` to the buffer ("Push message '%s' to buffer"); false when buffering is off
+    /// (no eWMF_BufferMessages), filterMessageForBuffer refuses it, or its class cannot be cloned.
     bool pushMessageToBuffer(const VoMessageWorkflowAction& message);
+    /// Removes and returns the oldest buffered message ("Pop message '%s' from buffer"); null when empty.
     BxSmartPointer<const VoMessageWorkflowAction> getNextMessageBuffered();
+    /// Posts a VoMessageWorkflowNextMsgBuffered to this manager when the buffer holds messages and none is on
+    /// its way already.
     void postMessageNextBufferedMsg();
+    /// Subscribes the message classes of all registered transfer functions at the dispatcher (once; classes
+    /// are counted, so a class shared with the current state stays subscribed until both let go).
     void registerMessagesWorkflowAction();
+    /// Undoes registerMessagesWorkflowAction; does nothing when it is not in effect.
     void unregisterMessagesWorkflowAction();
+    /// Subscribes the message classes of the transfer functions leaving `state` (once, until unregisterMessages).
     void registerMessages(const VoWorkflowState& state);
+    /// Undoes registerMessages for `state`; does nothing when it is not in effect.
     void unregisterMessages(const VoWorkflowState& state);
     /// Sets the state event (the workflow rests in a state).
     void setStateEvent() { m_stateEvent.Set(); }

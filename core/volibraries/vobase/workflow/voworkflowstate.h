@@ -43,6 +43,7 @@ class VOBASE_API VoWorkflowState : public IReferenceCounted, public IObject
     BX_DECLARE_RTTI();
 
 public:
+    /// Each condition (shared) with the value it must evaluate to for the state to hold.
     using Conditions = std::map<BxSmartPointer<const VoWorkflowStateCondition>, bool>;
 
     VoWorkflowState() = default;
@@ -59,14 +60,25 @@ public:
     /// Forgets `condition`; false when it was not there.
     bool RemoveCondition(const BxSmartPointer<const VoWorkflowStateCondition>& condition);
 
+    /// The workflow starts in this state (`sleeping`: it started asleep). Manager's thread, under its lock.
     virtual void onInit(bool /*sleeping*/) {}
+    /// This state has become the current one (at the start, after a transfer function, on a change found by
+    /// continue or re-evaluate).
     virtual void onAfterEnter() {}
+    /// A transfer function from another state is about to enter this one.
     virtual void onBeforeDifferentWFSReached() {}
+    /// A transfer function has left this state for another one (`sleeping`: the workflow sleeps).
     virtual void onAfterDifferentWFSLeft(bool /*sleeping*/) {}
+    /// The workflow wakes in this state (its messages are subscribed again).
     virtual void onContinue() {}
+    /// The workflow goes to sleep in this state (its messages are no longer subscribed).
     virtual void onSleep() {}
+    /// The workflow stops in this state.
     virtual void onExit() {}
+    /// A re-evaluation found this state current; `changed`: it became current by that evaluation.
     virtual void onReevaluate(bool /*changed*/) {}
+    /// A callback of this state threw: the BxException, or null for a foreign exception. The step fails
+    /// afterwards as usual; this is only for the state's own clean-up.
     virtual void onException(const BxException* /*exception*/) {}
 
 private:
