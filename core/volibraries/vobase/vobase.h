@@ -39,6 +39,7 @@
 #include <vobase/messaging/ccontext.h>
 #include <vobase/messaging/iinterceptormessagedispatcher.h>
 #include <vobase/messaging/irunnable.h>
+#include <vobase/messaging/vohangdetector.h>
 #include <vobase/messaging/vomessage.h>
 #include <vobase/messaging/vomessagecommand.h>
 #include <vobase/messaging/vomessagecreatehwnd.h>
@@ -131,6 +132,7 @@
 #include <vobase/tasks/votaskmanagerlist.h>
 #include <vobase/tasks/votaskmanagerpooling.h>
 #include <vobase/tasks/votaskmanagersequential.h>
+#include <vobase/tasks/votaskwaitwatch.h>
 #include <vobase/tasks/votasksimplet.h>
 #include <vobase/tasks/vothreadpoolingworker.h>
 #include <vobase/tasks/vothreadsequentialworker.h>

@@ -1,5 +1,7 @@
 #include "messagingtestsupport.h"
 
+#include <vobase/messaging/vohangdetector.h>
+
 #include <array>
 #include <thread>
 
@@ -58,6 +60,12 @@ protected:
 
 TEST_F(CDispatcherTest, LoadFourProducersTwoThreadedHandlers)
 {
+    // Busy handlers are not stuck ones: with a short detection time, no send
+    // of the load is reported as blocked.
+    const std::uint32_t savedTimeout = VoHangDetector::GetTimeout();
+    VoHangDetector::SetTimeout(250);
+    const std::uint64_t reportsBefore = VoHangDetector::GetReportCount();
+
     CLoadHandler first(L"LoadFirst"), second(L"LoadSecond");
     ASSERT_TRUE(first.StartAndWait());
     ASSERT_TRUE(second.StartAndWait());
@@ -95,6 +103,10 @@ TEST_F(CDispatcherTest, LoadFourProducersTwoThreadedHandlers)
     }
     EXPECT_EQ(first.outOfOrder, 0);
     EXPECT_EQ(second.outOfOrder, 0);
+
+    EXPECT_EQ(VoHangDetector::GetReportCount(), reportsBefore);
+    EXPECT_TRUE(VoHangDetector::GetBlockedWaits().empty());
+    VoHangDetector::SetTimeout(savedTimeout);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include <vobase/messaging/vomessagedispatcher.h>
 
+#include <vobase/messaging/vohangdetector.h>
 #include <vobase/messaging/vomessagecommand.h>
 #include <vobase/messaging/vomessageshutdown.h>
 #include <vobase/messaging/vomessagestring.h>
@@ -124,7 +125,7 @@ LRESULT VoMessageDispatcher::sendMessage(const VoMessage& message, const VoMessa
 
     // The dispatcher sets the dispatched event only when subscribers live on
     // this thread; otherwise the sender sleeps once, until the last answer.
-    if (status->WaitUntilDispatchedOrReplied())
+    if (VoHangDetector::WaitUntilDispatchedOrReplied(*status, message, *this))
     {
         status->GetDispatchedEvent().Reset();
         // This thread is blocked here and cannot take its handlers' window
@@ -135,7 +136,7 @@ LRESULT VoMessageDispatcher::sendMessage(const VoMessage& message, const VoMessa
             local->processSendNotification(notification);
         }
     }
-    status->GetRepliedEvent().Wait(INFINITE);
+    VoHangDetector::WaitUntilReplied(*status, message, *this);
     status->GetRepliedEvent().Reset();
 
     const auto& answers = status->GetResults();

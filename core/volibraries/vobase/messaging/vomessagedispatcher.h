@@ -20,7 +20,8 @@
 // window.
 //
 // Never send from the dispatcher's own thread, nor, while answering a send
-// from thread A, to a subscriber on thread A: both wait for ever.
+// from thread A, to a subscriber on thread A: both wait for ever (and are
+// reported by VoHangDetector, which lists every blocked send).
 //
 // Threads and locks: the subscription maps, the scratch lists and routing
 // belong to the dispatcher's thread. m_statusPoolLock guards m_statusPool,

@@ -3,6 +3,7 @@
 #include <vobase/messaging/vomessagecommand.h>
 #include <vobase/messaging/vomessagecreatehwnd.h>
 #include <vobase/messaging/vomessagedispatcher.h>
+#include <vobase/messaging/vohangdetector.h>
 #include <vobase/messaging/vomessagestring.h>
 #include <vobase/messaging/vomessagesubscription.h>
 #include <vobase/messaging/vothreadsendstatus.h>
@@ -38,10 +39,14 @@ CString typeName(const VoMessage& message)
 
 }  // namespace
 
-VoMessageHandlerBase::VoMessageHandlerBase(const CStringW& name) : BxIClassName(name), m_logger(defaultLogger()) {}
+VoMessageHandlerBase::VoMessageHandlerBase(const CStringW& name) : BxIClassName(name), m_logger(defaultLogger())
+{
+    VoHangDetector::AddHandler(*this);
+}
 
 VoMessageHandlerBase::~VoMessageHandlerBase()
 {
+    VoHangDetector::RemoveHandler(*this);
     // Senders still waiting for this handler are released without its answer.
     for (const VoSendNotification& entry : m_sendQueue)
     {
@@ -171,9 +176,20 @@ void VoMessageHandlerBase::onSendNotification()
             return;
         entry = m_sendQueue.front();
         m_sendQueue.pop_front();
+        m_sendsTaken.store(m_sendsTaken.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
     }
-    if (entry.message != nullptr)
-        processSendNotification(entry);
+    if (entry.message == nullptr)
+        return;
+    // Tells a hang diagnosis which send this thread is answering (restored
+    // also when the answer throws).
+    struct SAnswering
+    {
+        std::atomic<const VoThreadSendStatus*>& mark;
+        const VoThreadSendStatus* outer;
+        ~SAnswering() { mark.store(outer, std::memory_order_relaxed); }
+    } answering{m_answering, m_answering.load(std::memory_order_relaxed)};
+    m_answering.store(entry.status, std::memory_order_relaxed);
+    processSendNotification(entry);
 }
 
 void VoMessageHandlerBase::processSendNotification(VoSendNotification& notification)

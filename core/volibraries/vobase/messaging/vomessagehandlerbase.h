@@ -56,6 +56,7 @@
 
 class VoMessageDispatcher;
 class VoMessageSubscription;
+class VoThreadSendStatus;
 
 /// Wake-up of a handler for one queued send entry.
 inline constexpr unsigned int WM_VO_SEND_NOTIFICATION = 0xB000;
@@ -144,6 +145,7 @@ public:
 protected:
     friend class VoMessageDispatcher;
     friend class VoMessageHandler;  // its window procedure reaches the hooks
+    friend class VoHangDetector;    // reads the queue, the thread id and the two progress marks below
 
     /// Stores the handler's window; called on the handler's thread as its window is created (before the handler
     /// subscribes), and again by createHWND.
@@ -202,5 +204,8 @@ private:
     mutable BxCriticalSection m_postQueueLock;
     std::atomic<VoMessageDispatcher*> m_dispatcher{nullptr};
     std::atomic<std::uint32_t> m_threadID{0};
+    // Progress marks for VoHangDetector, written by the handler's thread only.
+    std::atomic<std::uint64_t> m_sendsTaken{0};                   ///< send entries taken from the queue
+    std::atomic<const VoThreadSendStatus*> m_answering{nullptr};  ///< the send being answered, or null
     BxSmartPointer<Logging::ILogger> m_logger;  ///< set before use; not changed while messages flow
 };

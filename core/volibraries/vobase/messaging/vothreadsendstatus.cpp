@@ -38,16 +38,23 @@ void VoThreadSendStatus::MarkDispatched()
 
 bool VoThreadSendStatus::WaitUntilDispatchedOrReplied()
 {
+    return WaitUntilDispatchedOrReplied(INFINITE) == eWR_Dispatched;
+}
+
+VoThreadSendStatus::EWaitResult VoThreadSendStatus::WaitUntilDispatchedOrReplied(DWORD timeoutMs)
+{
     // The flags are set before the wake-up event: after each wake-up (also a
     // late one left over from the status's previous send) they are looked at
-    // again, so none is missed and a stale wake-up costs one more look.
+    // again, so none is missed and a stale wake-up costs one more look (and
+    // restarts the time-out, which a caller that keeps waiting does not mind).
     for (;;)
     {
         if (m_dispatched.IsSet())
-            return true;
+            return eWR_Dispatched;
         if (m_replied.IsSet())
-            return false;
-        m_wake.Wait(INFINITE);
+            return eWR_Replied;
+        if (!m_wake.Wait(timeoutMs))
+            return eWR_TimedOut;
         m_wake.Reset();
     }
 }

@@ -59,6 +59,15 @@ public:
     /// answer) or every answer is in (false). The sender resets the event
     /// that woke it before it uses the status again.
     bool WaitUntilDispatchedOrReplied();
+    /// What the timed wait below saw.
+    enum EWaitResult
+    {
+        eWR_Replied = 0,
+        eWR_Dispatched = 1,
+        eWR_TimedOut = 2
+    };
+    /// As above, giving up after timeoutMs (INFINITE: never).
+    EWaitResult WaitUntilDispatchedOrReplied(DWORD timeoutMs);
 
     /// Answers in arrival order. Read it only after the replied event.
     const BxListEx<std::int64_t>& GetResults() const noexcept { return m_results; }

@@ -11,6 +11,7 @@
 #include <vobase/tasks/votaskgraphprocessing.h>
 #include <vobase/tasks/votaskgraphshape.h>
 #include <vobase/tasks/votaskmanagerlist.h>
+#include <vobase/tasks/votaskwaitwatch.h>
 
 #include <bxbase/bxexception.h>
 #include <bxbase/bxexceptionpreconditionviolation.h>
@@ -818,17 +819,22 @@ void VoTaskManager::waitUntilTerminate(const std::string& name)
 {
     BxSmartPointer<VoTaskGraphProcessing> task;
     BxEvent terminated(true);
+    std::int32_t taskID = kNoTask;
     {
         CLock lock(*this, "VoTaskManager::waitUntilTerminate");
         VoGraphNode* node = findNode(name.c_str());
         if (node == nullptr)
             return;
         BxCriticalSectionLocker locker(m_impl->controlsLock);
-        const auto entry = m_impl->controls.find(loadTaskID(*node));
+        taskID = loadTaskID(*node);
+        const auto entry = m_impl->controls.find(taskID);
         if (entry != m_impl->controls.end())
             task = entry->second.task;
         terminated = status(*node).terminatedEvent;
     }
+    // From inside the task waited for, the wait cannot end: it is reported.
+    if (taskID != kNoTask && VoTaskWaitWatch::RunsTask(this, taskID))
+        return VoTaskWaitWatch::WaitForOwnTask(task, terminated, name, taskID);
     if (task)
     {
         // A pool thread waits through the task, which lets the pool help;
