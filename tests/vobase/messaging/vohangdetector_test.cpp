@@ -13,7 +13,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <functional>
 #include <thread>
+#include <utility>
 
 namespace MessagingTest {
 namespace {
@@ -74,6 +76,31 @@ const VoHangDetector::SBlockedWait* waitOf(const std::vector<VoHangDetector::SBl
     return it == waits.end() ? nullptr : &*it;
 }
 
+/// Releases a hang and joins the threads caught in it, at Now() or at the
+/// latest on the way out of the test, also after a failed assertion.
+class CRelease
+{
+public:
+    explicit CRelease(std::function<void()> release) : m_release(std::move(release)) {}
+    ~CRelease() { Now(); }
+    CRelease(const CRelease&) = delete;
+    CRelease& operator=(const CRelease&) = delete;
+
+    void Now()
+    {
+        if (m_release)
+            std::exchange(m_release, nullptr)();
+        for (auto& thread : threads)
+            if (thread.joinable())
+                thread.join();
+    }
+
+    std::vector<std::thread> threads;
+
+private:
+    std::function<void()> m_release;
+};
+
 /// Short detection time and a capturing logger for one test; restores both.
 class VoHangDetectorTest : public CDispatcherTest
 {
@@ -131,8 +158,10 @@ TEST_P(VoHangDetectorCycleTest, ACycleOfSendsIsReportedOnceAndBrokenByUnsubscrib
 {
     const std::size_t size = GetParam();
     CRing ring(size);
+    // Unsubscribing the first handler drops the send queued for it: the round unwinds.
+    CRelease release([&ring] { ring.handlers[0]->Unsubscribe(CMsgA::RTTI); });
     std::atomic<std::uint32_t> starterThread{0};
-    std::thread starter([&ring, &starterThread] {
+    release.threads.emplace_back([&ring, &starterThread] {
         starterThread = GetCurrentThreadId();
         (void)VoMessageDispatcher::SendMessageW(CMsgA(1), *ring.handlers[0]);
     });
@@ -179,9 +208,7 @@ TEST_P(VoHangDetectorCycleTest, ACycleOfSendsIsReportedOnceAndBrokenByUnsubscrib
     logger->reported.Reset();
     EXPECT_FALSE(logger->reported.Wait(3 * kDetectionMs));
 
-    // Unsubscribing the first handler drops the send queued for it: the round unwinds.
-    ring.handlers[0]->Unsubscribe(CMsgA::RTTI);
-    starter.join();
+    release.Now();
     EXPECT_EQ(logger->Lines().size(), 1u);
 }
 
@@ -198,9 +225,10 @@ TEST_F(VoHangDetectorTest, ASendToAHandlerWhoseThreadEndedIsReported)
     ASSERT_TRUE(PostMessageW(handler.GetHWND(), WM_QUIT, 0, 0));
     ASSERT_TRUE(handler.WaitUntilTerminate(INFINITE));
 
+    CRelease release([&handler] { handler.Unsubscribe(CMsgC::RTTI); });  // purges the send, releases its sender
     std::uint32_t senderThread = 0;
     BxEvent senderKnown;
-    std::thread sender([&] {
+    release.threads.emplace_back([&] {
         senderThread = GetCurrentThreadId();
         senderKnown.Set();
         EXPECT_EQ(VoMessageDispatcher::SendMessageW(CMsgC(5), handler), 0);  // released without an answer
@@ -222,9 +250,6 @@ TEST_F(VoHangDetectorTest, ASendToAHandlerWhoseThreadEndedIsReported)
     EXPECT_TRUE(contains(lines[0], L"sends CMsgC to handler \"HangEnded\", whose thread " +
                                        std::to_wstring(handlerThread) + L" has ended; blocked for "))
         << lines[0];
-
-    handler.Unsubscribe(CMsgC::RTTI);  // purges the queued send and releases its sender
-    sender.join();
 }
 
 // A handler stuck in one answer: the send it is answering only waits (a long
@@ -242,14 +267,15 @@ TEST_F(VoHangDetectorTest, ASendQueuedBehindAStuckAnswerIsReportedTheAnsweredOne
     ASSERT_TRUE(handler.StartAndWait());
     handler.Subscribe(CMsgA::RTTI);
 
+    CRelease release([&gate] { gate.Set(); });
     std::uint32_t answeredThread = 0, queuedThread = 0;
-    std::thread answered([&] {
+    release.threads.emplace_back([&] {
         answeredThread = GetCurrentThreadId();
         EXPECT_EQ(VoMessageDispatcher::SendMessageW(CMsgA(1), handler), 1);
     });
     ASSERT_TRUE(entered.Wait(kReportDeadlineMs));
     BxEvent queuedKnown;
-    std::thread queued([&] {
+    release.threads.emplace_back([&] {
         queuedThread = GetCurrentThreadId();
         queuedKnown.Set();
         EXPECT_EQ(VoMessageDispatcher::SendMessageW(CMsgA(2), handler), 1);
@@ -278,12 +304,10 @@ TEST_F(VoHangDetectorTest, ASendQueuedBehindAStuckAnswerIsReportedTheAnsweredOne
     ASSERT_EQ(lines.size(), 1u);
     EXPECT_TRUE(contains(lines[0], L"sends CMsgA to handler \"HangStalled\" on thread " +
                                        std::to_wstring(handler.GetThreadID()) +
-                                       L", which has 1 sends waiting and took none in 100 ms"))
+                                       L", which took no send in 100 ms (1 waiting); blocked for "))
         << lines[0];
 
-    gate.Set();
-    answered.join();
-    queued.join();
+    release.Now();
     EXPECT_EQ(handler.Values(), (std::vector<long long>{1, 2}));
 }
 
@@ -321,14 +345,12 @@ TEST_F(VoHangDetectorTest, DetectionOffLeavesABlockedSendUnlisted)
     };
     ASSERT_TRUE(handler.StartAndWait());
     handler.Subscribe(CMsgA::RTTI);
-    std::thread answered([&] { (void)VoMessageDispatcher::SendMessageW(CMsgA(1), handler); });
-    std::thread queued([&] { (void)VoMessageDispatcher::SendMessageW(CMsgA(2), handler); });
+    CRelease release([&gate] { gate.Set(); });
+    release.threads.emplace_back([&] { (void)VoMessageDispatcher::SendMessageW(CMsgA(1), handler); });
+    release.threads.emplace_back([&] { (void)VoMessageDispatcher::SendMessageW(CMsgA(2), handler); });
     ASSERT_TRUE(entered.Wait(kReportDeadlineMs));
     EXPECT_FALSE(logger->reported.Wait(3 * kDetectionMs));
     EXPECT_TRUE(VoHangDetector::GetBlockedWaits().empty());
-    gate.Set();
-    answered.join();
-    queued.join();
 }
 
 // The hangs below cannot be released: each runs in a child process, which

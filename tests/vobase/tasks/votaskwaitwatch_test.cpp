@@ -9,6 +9,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <ostream>
 #include <thread>
 
 namespace TaskTests {
@@ -91,6 +92,10 @@ struct SOwnWait
 {
     const char* waitingItem;
     const char* waitedItem;
+    friend void PrintTo(const SOwnWait& wait, std::ostream* out)
+    {
+        *out << wait.waitingItem << " waits for " << wait.waitedItem;
+    }
 };
 
 class VoTaskWaitWatchChild : public ::testing::TestWithParam<SOwnWait>

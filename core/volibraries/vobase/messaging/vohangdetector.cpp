@@ -239,9 +239,9 @@ private:
                 continue;
             return mark(self, VoHangDetector::eK_HandlerStalled,
                         L"Blocked send: " + describeSender(self) + L" to handler \"" + waited.name + L"\" on thread " +
-                            std::to_wstring(waited.threadID) + L", which has " + std::to_wstring(m_waiting[handler]) +
-                            L" sends waiting and took none in " + std::to_wstring(m_periodMs) + L" ms" +
-                            blockedFor(waitedMs));
+                            std::to_wstring(waited.threadID) + L", which took no send in " +
+                            std::to_wstring(m_periodMs) + L" ms (" + std::to_wstring(m_waiting[handler]) +
+                            L" waiting)" + blockedFor(waitedMs));
         }
         return std::nullopt;
     }
