@@ -92,9 +92,10 @@ struct SOwnWait
 {
     const char* waitingItem;
     const char* waitedItem;
+    bool restart;  ///< the waiting item first starts its component anew
     friend void PrintTo(const SOwnWait& wait, std::ostream* out)
     {
-        *out << wait.waitingItem << " waits for " << wait.waitedItem;
+        *out << wait.waitingItem << (wait.restart ? " restarts and" : "") << " waits for " << wait.waitedItem;
     }
 };
 
@@ -112,30 +113,32 @@ TEST_P(VoTaskWaitWatchChild, AWaitFromInsideTheTaskWaitedForIsReported)
             VoHangDetector::SetTimeout(kDetectionMs);
             VoHangDetector::SetLogger(logger);
             auto* manager = new VoTaskManager;  // left behind with its blocked pool thread
-            const std::string waited = wait.waitedItem;
-            manager->Add("a", item([manager, waited, &wait](TaskManager::SWorkItemStatus&) {
-                             if (std::string(wait.waitingItem) == "a")
-                                 manager->WaitUntilTerminate(waited.c_str());
-                         }));
-            manager->Add("b", item([manager, waited, &wait](TaskManager::SWorkItemStatus&) {
-                             if (std::string(wait.waitingItem) == "b")
-                                 manager->WaitUntilTerminate(waited.c_str());
-                         }));
+            for (const char* name : {"a", "b"})
+                manager->Add(name, item([manager, name, wait](TaskManager::SWorkItemStatus&) {
+                                 if (std::string(wait.waitingItem) != name)
+                                     return;
+                                 if (wait.restart)
+                                     manager->Start(name, ITaskManager::eP_Normal);  // task 1, after task 0
+                                 manager->WaitUntilTerminate(wait.waitedItem);
+                             }));
             manager->AddDependency("a", "b");
             manager->Start("a", ITaskManager::eP_Normal);
 
             bool ok = logger->reported.Wait(kDeadlineMs);
             const auto lines = logger->Lines();
             const auto waits = VoHangDetector::GetBlockedWaits();
-            const std::wstring expected = L" runs work item \"" + std::wstring(wait.waitingItem, wait.waitingItem + 1) +
-                                          L"\" of task 0 and waits for work item \"" +
-                                          std::wstring(wait.waitedItem, wait.waitedItem + 1) +
-                                          L"\" of the same task; blocked for ";
+            const std::int32_t waitedTask = wait.restart ? 1 : 0;
+            const std::wstring expected =
+                L" runs work item \"" + std::wstring(wait.waitingItem, wait.waitingItem + 1) +
+                L"\" of task 0 and waits for work item \"" + std::wstring(wait.waitedItem, wait.waitedItem + 1) +
+                (wait.restart ? L"\" of task 1, which waits for task 0 to end" : L"\" of the same task") +
+                L"; blocked for ";
             ok = ok && lines.size() == 1 && lines[0].message.rfind(L"Blocked task wait: thread ", 0) == 0 &&
                  lines[0].message.find(expected) != std::wstring::npos && lines[0].level == Logging::eLL_Warn;
             ok = ok && waits.size() == 1 && waits[0].kind == VoHangDetector::eK_TaskWaitsForItself &&
                  waits[0].workItem == wait.waitingItem && waits[0].waitedItem == wait.waitedItem &&
-                 waits[0].taskID == 0 && waits[0].reported && waits[0].waitedMs >= kDetectionMs;
+                 waits[0].taskID == 0 && waits[0].waitedTaskID == waitedTask && waits[0].reported &&
+                 waits[0].waitedMs >= kDetectionMs;
             if (!ok)
                 std::fprintf(stderr, "lines %zu, waits %zu: %ls\n", lines.size(), waits.size(),
                              lines.empty() ? L"" : lines[0].message.c_str());
@@ -146,9 +149,10 @@ TEST_P(VoTaskWaitWatchChild, AWaitFromInsideTheTaskWaitedForIsReported)
 }
 
 INSTANTIATE_TEST_SUITE_P(Items, VoTaskWaitWatchChild,
-                         ::testing::Values(SOwnWait{"a", "a"},   // the item waits for itself
-                                           SOwnWait{"b", "a"},   // for an item that ran before it in its task
-                                           SOwnWait{"a", "b"})); // for an item still to come in its task
+                         ::testing::Values(SOwnWait{"a", "a", false},  // the item waits for itself
+                                           SOwnWait{"b", "a", false},  // for an item that ran before it in its task
+                                           SOwnWait{"a", "b", false},  // for an item still to come in its task
+                                           SOwnWait{"b", "b", true})); // for the new task of its component
 
 }  // namespace
 }  // namespace TaskTests

@@ -91,7 +91,8 @@ public:
         std::vector<std::uint32_t> cycle;  ///< eK_SendCycle: the threads of the cycle, this one first
         std::string workItem;              ///< a task wait: the work item that waits
         std::string waitedItem;            ///< a task wait: the work item waited for
-        std::int32_t taskID = -1;          ///< a task wait: the task of both
+        std::int32_t taskID = -1;          ///< a task wait: the task of the work item that waits
+        std::int32_t waitedTaskID = -1;    ///< a task wait: the task waited for (the same, or a newer one)
         std::uint32_t waitedMs = 0;        ///< how long the wait has lasted so far
         bool reported = false;             ///< logged already
     };

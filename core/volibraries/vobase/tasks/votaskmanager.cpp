@@ -820,6 +820,7 @@ void VoTaskManager::waitUntilTerminate(const std::string& name)
     BxSmartPointer<VoTaskGraphProcessing> task;
     BxEvent terminated(true);
     std::int32_t taskID = kNoTask;
+    std::int32_t ownTaskID = kNoTask;  // the task of this thread's work item that the wait would wait for
     {
         CLock lock(*this, "VoTaskManager::waitUntilTerminate");
         VoGraphNode* node = findNode(name.c_str());
@@ -831,10 +832,16 @@ void VoTaskManager::waitUntilTerminate(const std::string& name)
         if (entry != m_impl->controls.end())
             task = entry->second.task;
         terminated = status(*node).terminatedEvent;
+        // The task waited for, or a task it waits for before it begins.
+        if (VoTaskWaitWatch::RunsTaskOf(this))
+            for (const VoTaskGraphProcessing* t = task.get(); t != nullptr && ownTaskID == kNoTask;
+                 t = static_cast<const VoTaskGraphProcessing*>(t->m_predecessor.get()))
+                if (VoTaskWaitWatch::RunsTask(this, t->m_taskID))
+                    ownTaskID = t->m_taskID;
     }
     // From inside the task waited for, the wait cannot end: it is reported.
-    if (taskID != kNoTask && VoTaskWaitWatch::RunsTask(this, taskID))
-        return VoTaskWaitWatch::WaitForOwnTask(task, terminated, name, taskID);
+    if (ownTaskID != kNoTask)
+        return VoTaskWaitWatch::WaitForOwnTask(task, terminated, name, taskID, ownTaskID);
     if (task)
     {
         // A pool thread waits through the task, which lets the pool help;

@@ -38,8 +38,16 @@ bool VoTaskWaitWatch::RunsTask(const void* manager, std::int32_t taskID) noexcep
     return false;
 }
 
+bool VoTaskWaitWatch::RunsTaskOf(const void* manager) noexcept
+{
+    for (const CRunning* running = t_running; running != nullptr; running = running->m_outer)
+        if (running->m_manager == manager)
+            return true;
+    return false;
+}
+
 void VoTaskWaitWatch::WaitForOwnTask(const BxSmartPointer<BxTask>& task, const BxEvent& terminated,
-                                     const std::string& waited, std::int32_t taskID)
+                                     const std::string& waited, std::int32_t taskID, std::int32_t ownTaskID)
 {
     auto ended = [&](DWORD waitMs) { return (!task || task->WaitUntilTerminate(waitMs)) && terminated.Wait(waitMs); };
     const std::uint32_t timeoutMs = VoHangDetector::GetTimeout();
@@ -49,7 +57,7 @@ void VoTaskWaitWatch::WaitForOwnTask(const BxSmartPointer<BxTask>& task, const B
     // The innermost work item of that task is the one that waits.
     std::string item;
     for (const CRunning* running = t_running; running != nullptr; running = running->m_outer)
-        if (running->m_taskID == taskID)
+        if (running->m_taskID == ownTaskID)
         {
             item = *running->m_item;
             break;
@@ -58,10 +66,14 @@ void VoTaskWaitWatch::WaitForOwnTask(const BxSmartPointer<BxTask>& task, const B
     wait.kind = VoHangDetector::eK_TaskWaitsForItself;
     wait.workItem = item;
     wait.waitedItem = waited;
-    wait.taskID = taskID;
-    const std::wstring what = L"runs work item \"" + BxStringConvert::Utf8ToWide(item) + L"\" of task " +
-                              std::to_wstring(taskID) + L" and waits for work item \"" +
-                              BxStringConvert::Utf8ToWide(waited) + L"\" of the same task";
+    wait.taskID = ownTaskID;
+    wait.waitedTaskID = taskID;
+    const std::wstring what =
+        L"runs work item \"" + BxStringConvert::Utf8ToWide(item) + L"\" of task " + std::to_wstring(ownTaskID) +
+        L" and waits for work item \"" + BxStringConvert::Utf8ToWide(waited) + L"\" of " +
+        (taskID == ownTaskID ? std::wstring(L"the same task")
+                             : L"task " + std::to_wstring(taskID) + L", which waits for task " +
+                                   std::to_wstring(ownTaskID) + L" to end");
     VoHangDetector::BeginBlockedWait(std::move(wait), timeoutMs, what, "VoTaskManager::WaitUntilTerminate");
     SEndBlockedWait end;
     (void)ended(INFINITE);

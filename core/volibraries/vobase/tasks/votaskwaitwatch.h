@@ -1,7 +1,8 @@
 // Knows which task's work item the calling thread runs, so that a
 // VoTaskManager::WaitUntilTerminate called from inside the task it waits for
-// (from the work item itself or from another item of the same component) is
-// reported instead of waiting in silence. Such a wait cannot end: the task
+// (from the work item itself or from another item of the same component, also
+// after the item started its component anew, whose new task waits for the
+// running one) is reported instead of waiting in silence. Such a wait cannot end: the task
 // ends only after the work item that waits returns. It still waits, as the
 // program asked, but once the detection time (VoHangDetector::GetTimeout)
 // has passed it is logged once as a warning, through VoHangDetector's
@@ -14,7 +15,7 @@
 //
 //   // in WaitUntilTerminate, before waiting for task `id`:
 //   if (VoTaskWaitWatch::RunsTask(manager, id))
-//       return VoTaskWaitWatch::WaitForOwnTask(task, terminated, name, id);
+//       return VoTaskWaitWatch::WaitForOwnTask(task, terminated, name, id, id);
 //
 // The mark is thread-local (one pointer, restored on the way out), so it
 // costs the walk no lock and no allocation; work items that run nested on one
@@ -54,11 +55,15 @@ public:
 
     /// True when the calling thread runs a work item of task `taskID` of `manager`.
     static bool RunsTask(const void* manager, std::int32_t taskID) noexcept;
+    /// True when the calling thread runs a work item of any task of `manager`.
+    static bool RunsTaskOf(const void* manager) noexcept;
 
     /// Waits, without limit, for `task` to end (when there is one) and for
-    /// `terminated`, like WaitUntilTerminate; the caller runs a work item of
-    /// that task, so once the detection time has passed the wait is reported
-    /// and listed until it ends. `waited` names the work item waited for.
+    /// `terminated`, like WaitUntilTerminate. `task` is task `taskID` of the
+    /// work item `waited`; the caller runs a work item of task `ownTaskID`,
+    /// which is that task or one it waits for before it begins (the task a
+    /// new Start replaced), so the wait cannot end: once the detection time
+    /// has passed it is reported and listed until it ends.
     static void WaitForOwnTask(const BxSmartPointer<BxTask>& task, const BxEvent& terminated,
-                               const std::string& waited, std::int32_t taskID);
+                               const std::string& waited, std::int32_t taskID, std::int32_t ownTaskID);
 };
