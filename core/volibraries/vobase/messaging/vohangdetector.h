@@ -83,7 +83,7 @@ public:
     /// One blocked wait, as GetBlockedWaits lists it.
     struct SBlockedWait
     {
-        EKind kind = eK_Waiting;
+        EKind kind = eK_Waiting;           ///< what the wait was found to be
         std::uint32_t threadID = 0;        ///< the waiting thread
         std::wstring threadName;           ///< its name, as the system shows it
         std::wstring messageClass;         ///< a send: the class of the message sent
@@ -125,12 +125,16 @@ public:
                                  const VoMessageHandlerBase& dispatcher);
 
     // Hooks of the handlers: the detector knows every live handler.
+    /// Called by a handler's constructor: from now on a diagnosis looks at its queue.
     static void AddHandler(const VoMessageHandlerBase& handler);
+    /// Called first by a handler's destructor; waits while a diagnosis looks at the handlers.
     static void RemoveHandler(const VoMessageHandlerBase& handler);
 
-    // Hooks of the task waits (VoTaskWaitWatch): a wait already known to be
-    // blocked for good is entered at once and logged as "Blocked task wait: "
-    // + the calling thread + " " + `what` + how long it has been blocked.
+    // Hooks of the task waits (VoTaskWaitWatch).
+    /// Enters the calling thread's wait, already known to be blocked for good
+    /// and blocked for waitedMs so far, and logs it once as "Blocked task
+    /// wait: " + the calling thread + " " + `what` + how long it has been
+    /// blocked, naming `functionName` as the logging function.
     static void BeginBlockedWait(SBlockedWait wait, std::uint32_t waitedMs, const std::wstring& what,
                                  const char* functionName);
     /// Removes the calling thread's entry.

@@ -40,7 +40,9 @@ public:
     class VOBASE_API CRunning
     {
     public:
+        /// Pushes the mark; `item` must outlive it.
         CRunning(const void* manager, std::int32_t taskID, const std::string& item) noexcept;
+        /// Pops the mark: the one it hid is the thread's mark again.
         ~CRunning();
         CRunning(const CRunning&) = delete;
         CRunning& operator=(const CRunning&) = delete;
