@@ -14,6 +14,7 @@
 #include <vobase/data/vodatahandlelockonly.h>
 #include <vobase/data/vodatamanager.h>
 #include <vobase/data/vodatamanagerlist.h>
+#include <vobase/data/vodatatrace.h>
 #include <vobase/graphs/voattributecontainer.h>
 #include <vobase/graphs/voattributedefinition.h>
 #include <vobase/graphs/voconstructor.h>
@@ -50,6 +51,7 @@
 #include <vobase/messaging/vomessageshutdown.h>
 #include <vobase/messaging/vomessagestring.h>
 #include <vobase/messaging/vomessagesubscription.h>
+#include <vobase/messaging/vomessagetrace.h>
 #include <vobase/messaging/vomessagewindows.h>
 #include <vobase/messaging/vomessageworkflowaction.h>
 #include <vobase/messaging/voobservable.h>
@@ -132,6 +134,7 @@
 #include <vobase/tasks/votaskmanagerpooling.h>
 #include <vobase/tasks/votaskmanagersequential.h>
 #include <vobase/tasks/votasksimplet.h>
+#include <vobase/tasks/votasktrace.h>
 #include <vobase/tasks/vothreadpoolingworker.h>
 #include <vobase/tasks/vothreadsequentialworker.h>
 #include <vobase/tasks/voworkitemt.h>

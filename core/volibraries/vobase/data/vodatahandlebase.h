@@ -61,6 +61,7 @@ public:
 
 protected:
     friend class VoDataManager;
+    friend class VoDataTrace;
 
     virtual EAccessRights getAccessRights() const = 0;
     virtual bool isValid() const = 0;
@@ -79,4 +80,5 @@ private:
     bool m_accessGranted = false;
     std::uint32_t m_threadId;
     bool m_used = false;
+    std::uint8_t m_traceState = 0; ///< the trace's open span of this handle (VoDataTrace)
 };

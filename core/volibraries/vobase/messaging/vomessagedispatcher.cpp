@@ -4,7 +4,9 @@
 #include <vobase/messaging/vomessageshutdown.h>
 #include <vobase/messaging/vomessagestring.h>
 #include <vobase/messaging/vomessagesubscription.h>
+#include <vobase/messaging/vomessagetrace.h>
 
+#include <bxbase/diagnostics/bxtracehooks.h>
 #include <bxbase/threading/bxthreadapi.h>
 #include <bxbase/windows/bxwindowsapi.h>
 
@@ -120,6 +122,7 @@ LRESULT VoMessageDispatcher::sendMessage(const VoMessage& message, const VoMessa
     BxSmartPointer<VoThreadSendStatus> status = takeStatus();
     status->SetSenderThreadID(GetCurrentThreadId());
     VoSendNotification notification{const_cast<VoMessageHandlerBase*>(target), &message, status.get()};
+    const std::uint64_t traceStart = BxTraceHooks::IsOn() ? VoMessageTrace::BeginSend(notification) : 0;
     queueSendNotification(notification);
 
     // The dispatcher sets the dispatched event only when subscribers live on
@@ -132,6 +135,8 @@ LRESULT VoMessageDispatcher::sendMessage(const VoMessage& message, const VoMessa
         for (VoMessageHandlerBase* local : status->GetLocalHandlers())
         {
             local->flushPostNotifications();
+            if (BxTraceHooks::IsOn())
+                VoMessageTrace::Hop(notification);
             local->processSendNotification(notification);
         }
     }
@@ -143,12 +148,15 @@ LRESULT VoMessageDispatcher::sendMessage(const VoMessage& message, const VoMessa
     if (results != nullptr)
         results->insert(results->end(), answers.begin(), answers.end());
     returnStatus(std::move(status));
+    if (traceStart != 0)
+        VoMessageTrace::EndSend(message, traceStart);
     return result;
 }
 
 void VoMessageDispatcher::postMessage(BxSmartPointer<const VoMessage> message, const VoMessageHandlerBase* target)
 {
-    queuePostNotification(VoPostNotification{const_cast<VoMessageHandlerBase*>(target), std::move(message)});
+    const std::uint64_t flowId = BxTraceHooks::IsOn() ? VoMessageTrace::Post(*message) : 0;
+    queuePostNotification(VoPostNotification{const_cast<VoMessageHandlerBase*>(target), std::move(message), flowId});
 }
 
 void VoMessageDispatcher::callSendMonitors(const VoMessage& message)
@@ -222,6 +230,8 @@ void VoMessageDispatcher::processSendNotification(VoSendNotification& notificati
     // the status: so the sender, woken by the last count, never meets a
     // status the dispatcher still uses.
     VoThreadSendStatus& status = *notification.status;
+    const std::uint64_t traceStart =
+        BxTraceHooks::IsOn() ? VoMessageTrace::BeginHandling(*notification.message, notification.flowId) : 0;
     if (notification.target != this)
     {
         const auto& subscribers = getSubscribers(notification.target, *notification.message);
@@ -231,7 +241,11 @@ void VoMessageDispatcher::processSendNotification(VoSendNotification& notificati
             if (subscriber->GetThreadID() == status.GetSenderThreadID())
                 status.AddLocalHandler(subscriber);
             else
+            {
+                if (BxTraceHooks::IsOn())
+                    VoMessageTrace::Hop(notification);
                 subscriber->queueSendNotification(notification);
+            }
         }
         if (!status.GetLocalHandlers().empty())
             status.MarkDispatched();  // the sender answers for these
@@ -249,11 +263,14 @@ void VoMessageDispatcher::processSendNotification(VoSendNotification& notificati
         }
         status.CountDown();
     }
+    if (traceStart != 0)
+        VoMessageTrace::EndHandling(*notification.message, traceStart);  // while the sender still waits
     status.CountDown();  // the routing's own count
 }
 
 void VoMessageDispatcher::processPostNotification(VoPostNotification& notification)
 {
+    const VoMessageTrace::CHandlingScope traceSpan(*notification.message, notification.flowId);
     if (notification.target == this)
     {
         try
@@ -280,7 +297,11 @@ void VoMessageDispatcher::processPostNotification(VoPostNotification& notificati
         return;
     }
     for (VoMessageHandlerBase* subscriber : getSubscribers(notification.target, *notification.message))
+    {
+        if (BxTraceHooks::IsOn())
+            VoMessageTrace::Hop(notification);
         subscriber->queuePostNotification(notification);
+    }
 }
 
 const BxListEx<VoMessageHandlerBase*>& VoMessageDispatcher::getSubscribers(const VoMessageHandlerBase* target,

@@ -3,6 +3,7 @@
 #include <vobase/graphs/vographnode.h>
 #include <vobase/tasks/votaskgraphshape.h>
 #include <vobase/tasks/votaskmanager.h>
+#include <vobase/tasks/votasktrace.h>
 
 #include <bxbase/bxexception.h>
 #include <bxbase/threading/bxcriticalsection.h>
@@ -151,7 +152,10 @@ bool VoTaskGraphProcessing::process(std::uint32_t index)
     status.running.store(1, std::memory_order_release);
     VO_TASK_LOG(Logging::eLL_Info, Info, "VoTaskGraphProcessing::run", L"Running (ID %d) %S", m_taskID,
                 entry.node->GetName().c_str());
-    item.Run(status);
+    {
+        const VoTaskTrace::CWorkItemScope traceSpan(*entry.node);
+        item.Run(status);
+    }
     status.running.store(0, std::memory_order_release);
     status.terminatedEvent.Set();
     if (status.breakEvent.IsSet())
