@@ -136,7 +136,7 @@ LRESULT VoMessageDispatcher::sendMessage(const VoMessage& message, const VoMessa
         {
             local->flushPostNotifications();
             if (BxTraceHooks::IsOn())
-                VoMessageTrace::Hop(notification);
+                VoMessageTrace::Hop(notification, traceStart);
             local->processSendNotification(notification);
         }
     }
@@ -243,7 +243,7 @@ void VoMessageDispatcher::processSendNotification(VoSendNotification& notificati
             else
             {
                 if (BxTraceHooks::IsOn())
-                    VoMessageTrace::Hop(notification);
+                    VoMessageTrace::Hop(notification, traceStart);
                 subscriber->queueSendNotification(notification);
             }
         }
@@ -299,7 +299,7 @@ void VoMessageDispatcher::processPostNotification(VoPostNotification& notificati
     for (VoMessageHandlerBase* subscriber : getSubscribers(notification.target, *notification.message))
     {
         if (BxTraceHooks::IsOn())
-            VoMessageTrace::Hop(notification);
+            VoMessageTrace::Hop(notification, traceSpan.GetStart());
         subscriber->queuePostNotification(notification);
     }
 }

@@ -58,10 +58,11 @@ private:
 
 std::wstring_view className(const VoMessage& message) noexcept { return message.GetClassNameW(); }
 
-std::uint64_t startFlow(const VoMessage& message) noexcept
+/// A new arrow leaving the span that began at `spanStart`.
+std::uint64_t startFlow(const VoMessage& message, std::uint64_t spanStart) noexcept
 {
     const std::uint64_t id = BxTraceRecorder::NewId();
-    BxTraceRecorder::FlowStart(VoMessageTrace::kCategory, className(message), id);
+    BxTraceRecorder::FlowStart(VoMessageTrace::kCategory, className(message), id, spanStart);
     return id;
 }
 
@@ -70,7 +71,7 @@ std::uint64_t startFlow(const VoMessage& message) noexcept
 std::uint64_t VoMessageTrace::BeginSend(VoSendNotification& notification) noexcept
 {
     const std::uint64_t start = BxTraceRecorder::Now();
-    notification.flowId = startFlow(*notification.message);
+    notification.flowId = startFlow(*notification.message, start);
     return start;
 }
 
@@ -82,19 +83,19 @@ void VoMessageTrace::EndSend(const VoMessage& message, std::uint64_t start) noex
 std::uint64_t VoMessageTrace::Post(const VoMessage& message) noexcept
 {
     const std::uint64_t start = BxTraceRecorder::Now();
-    const std::uint64_t id = startFlow(message);
+    const std::uint64_t id = startFlow(message, start);
     BxTraceRecorder::Complete(kCategory, CLabel("post ", message).Get(), start);
     return id;
 }
 
-void VoMessageTrace::Hop(VoSendNotification& notification) noexcept
+void VoMessageTrace::Hop(VoSendNotification& notification, std::uint64_t spanStart) noexcept
 {
-    notification.flowId = startFlow(*notification.message);
+    notification.flowId = startFlow(*notification.message, spanStart);
 }
 
-void VoMessageTrace::Hop(VoPostNotification& notification) noexcept
+void VoMessageTrace::Hop(VoPostNotification& notification, std::uint64_t spanStart) noexcept
 {
-    notification.flowId = startFlow(*notification.message);
+    notification.flowId = startFlow(*notification.message, spanStart);
 }
 
 namespace {
@@ -125,7 +126,7 @@ std::uint64_t VoMessageTrace::BeginHandling(const VoMessage& message, std::uint6
 {
     const std::uint64_t start = BxTraceRecorder::Now();
     if (flowId != 0)
-        BxTraceRecorder::FlowEnd(kCategory, className(message), flowId);
+        BxTraceRecorder::FlowEnd(kCategory, className(message), flowId, start);
     return start;
 }
 

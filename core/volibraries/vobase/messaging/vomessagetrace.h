@@ -10,8 +10,11 @@
 //                    and the dispatcher's routing of the send or post (which is
 //                    its own handling for messages to the dispatcher itself)
 //
-// Arrows, one per hop, each named by the message's class, with its start
-// inside the span it leaves and its end inside the handling it reaches:
+// Arrows, one per hop, each named by the message's class, with its start at
+// the start of the span it leaves and its end at the start of the handling it
+// reaches (so both Perfetto, which binds an arrow to the enclosing span, and
+// Chrome DevTools, which binds it to the span of the same start and category,
+// draw it):
 //   send/post call  -> the dispatcher's routing
 //   routing         -> each subscriber's handling (a post to N subscribers
 //                      makes N such arrows, one per queued entry)
@@ -64,11 +67,12 @@ public:
     /// A post call: records its span "post <class>" with the start of the arrow to the routing; returns the arrow's id.
     static std::uint64_t Post(const VoMessage& message) noexcept;
 
-    /// The next hop: starts a new arrow from this thread's current span to
-    /// the handling of `notification` and stores its id there.
-    static void Hop(VoSendNotification& notification) noexcept;
+    /// The next hop: starts a new arrow from this thread's current span
+    /// (which began at `spanStart`) to the handling of `notification` and
+    /// stores its id there.
+    static void Hop(VoSendNotification& notification, std::uint64_t spanStart) noexcept;
     /// The next hop of a post entry, as for a send.
-    static void Hop(VoPostNotification& notification) noexcept;
+    static void Hop(VoPostNotification& notification, std::uint64_t spanStart) noexcept;
 
     /// A queued entry is dropped unhandled: ends its arrow (if any) at an instant "dropped <class>".
     static void Drop(const VoSendNotification& notification) noexcept;
@@ -96,6 +100,8 @@ public:
             if (m_start != 0)
                 EndHandling(m_message, m_start);
         }
+        /// When the handling began (BxTraceRecorder::Now()); 0 when it is not recorded.
+        std::uint64_t GetStart() const noexcept { return m_start; }
         CHandlingScope(const CHandlingScope&) = delete;
         CHandlingScope& operator=(const CHandlingScope&) = delete;
 
