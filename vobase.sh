@@ -164,6 +164,8 @@ case "${1:-}" in
     report)
         ensure_packages python3-matplotlib
         build
+        # Not in the default build: the trace benchmark built without hook points, its peer.
+        cmake --build --preset release --target bench_trace_nohooks
         # Debian's interpreter: python3-matplotlib is installed for it.
         /usr/bin/python3 bench/report.py --build build/release "${@:2}"
         ;;
