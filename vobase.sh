@@ -8,6 +8,7 @@
 #   ./vobase.sh package  build (release) and make the Debian packages in build/release/packages
 #   ./vobase.sh bench    build (release) and run the benchmarks
 #   ./vobase.sh report   build (release), run the benchmarks and write bench/REPORT.md
+#   ./vobase.sh timeline build (release), trace the demo and draw docs/trace-demo.png
 #   ./vobase.sh fuzz [seconds] [target...]
 #                        build the libFuzzer programs (clang) and run each target
 #                        (all when none is named) for seconds (default 60);
@@ -158,8 +159,20 @@ case "${1:-}" in
     report)
         ensure_packages python3-matplotlib
         build
+        # Not in the default build: the trace benchmark built without hook points, its peer.
+        cmake --build --preset release --target bench_trace_nohooks
         # Debian's interpreter: python3-matplotlib is installed for it.
         /usr/bin/python3 bench/report.py --build build/release "${@:2}"
+        ;;
+    timeline)
+        ensure_packages python3-matplotlib
+        cmake --preset release >/dev/null
+        cmake --build --preset release --target vobase-demo
+        trace=build/release/vobase-demo-trace.json
+        ./build/release/apps/vobase-demo/vobase-demo --dot build/release/vobase-demo-tasks.dot --trace "$trace"
+        python3 tools/trace_check.py "$trace"
+        # Debian's interpreter: python3-matplotlib is installed for it.
+        /usr/bin/python3 tools/trace_timeline.py "$trace" docs/trace-demo.png
         ;;
     fuzz)
         ensure_packages clang libclang-rt-14-dev
@@ -167,7 +180,7 @@ case "${1:-}" in
         fuzz "$@"
         ;;
     *)
-        sed -n '2,17p' "$0"
+        sed -n '2,18p' "$0"
         exit 2
         ;;
 esac

@@ -9,11 +9,18 @@ medians. bench/peers.json pairs each of our figures with the peer measured in
 the same program, states the goal as a ratio and says which direction is
 better; the report shows the ratio and whether the goal is met, and draws one
 PNG chart of the ratios per program (matplotlib).
+
+A row may take its peer from another program of the same run
+("peer_program": "bench_trace_nohooks", the same source built without the
+trace hook points). Such programs run in turns, one repetition each, as many
+turns as repetitions, so that a drift of the machine's speed meets both
+alike; the report quotes the medians over the turns.
 """
 import argparse
 import json
 import os
 import re
+import statistics
 import subprocess
 import sys
 
@@ -43,6 +50,26 @@ def run_program(path, repetitions, bench_filter):
         # With one repetition there are no aggregates: the run itself is the median.
         if b.get("aggregate_name") == "median" or (repetitions == 1 and b.get("run_type") == "iteration"):
             medians[b["run_name"]] = b
+    return medians
+
+
+def run_in_turns(paths, repetitions, bench_filter):
+    """Runs the programs one repetition each, in turns; per benchmark, the median of every numeric field."""
+    turns = {path: [] for path in paths}
+    for _ in range(repetitions):
+        for path in paths:
+            turns[path].append(run_program(path, 1, bench_filter))
+    medians = {}
+    for path, runs in turns.items():
+        merged = {}
+        for name in set().union(*runs):
+            entries = [run[name] for run in runs if name in run]
+            entry = dict(entries[0])
+            for key, value in entry.items():
+                if isinstance(value, (int, float)) and not isinstance(value, bool):
+                    entry[key] = statistics.median(e[key] for e in entries if key in e)
+            merged[name] = entry
+        medians[path] = merged
     return medians
 
 
@@ -88,7 +115,15 @@ def main():
     if args.programs:
         chosen = set(args.programs.split(","))
         programs = [p for p in programs if p in chosen]
-    results = {p: run_program(os.path.join(bench_dir, p), args.repetitions, args.filter) for p in programs}
+    # Programs paired with a peer program run in turns with it; the others on their own.
+    paired = {row["peer_program"] for rows in peers.values() for row in rows if row.get("peer_program")}
+    paired |= {p for p, rows in peers.items() if any(row.get("peer_program") for row in rows)}
+    paired &= set(programs)
+    results = {p: run_program(os.path.join(bench_dir, p), args.repetitions, args.filter)
+               for p in programs if p not in paired}
+    if paired:
+        turns = run_in_turns([os.path.join(bench_dir, p) for p in sorted(paired)], args.repetitions, args.filter)
+        results.update({os.path.basename(path): medians for path, medians in turns.items()})
 
     lines = ["# Benchmark report", "", f"Measured {machine_line()}.", ""]
     lines += ["Medians of %d repetitions with random interleaving. Each of our figures stands "
@@ -108,7 +143,8 @@ def main():
         for row in rows:
             metric = row.get("metric", "time")
             ours = measured.get(row["ours"])
-            peer = measured.get(row["peer"]) if row.get("peer") else None
+            peer_results = results.get(row.get("peer_program", program)) or {}
+            peer = peer_results.get(row["peer"]) if row.get("peer") else None
             # A counter may need a scale to its unit (seconds per node shown in ns).
             scale = row.get("scale", 1)
             ours_value = value_of(ours, metric) * scale if ours and value_of(ours, metric) is not None else None

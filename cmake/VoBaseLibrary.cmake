@@ -11,6 +11,12 @@ function(vobase_add_library name)
   add_library(VoBase::${name} ALIAS ${name})
   string(TOUPPER ${name} upper)
   target_compile_definitions(${name} PRIVATE ${upper}_BUILDING)
+  # The runtime's trace hook points, built in or compiled out (bxbase/diagnostics/bxtracehooks.h).
+  if(VOBASE_TRACE_HOOKS)
+    target_compile_definitions(${name} PUBLIC VOBASE_TRACE_HOOKS=1)
+  else()
+    target_compile_definitions(${name} PUBLIC VOBASE_TRACE_HOOKS=0)
+  endif()
   target_include_directories(${name} PUBLIC
     $<BUILD_INTERFACE:${ARG_INCLUDE_ROOT}>
     $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)

@@ -37,6 +37,7 @@
 #include <bxbase/bxversion.h>
 #include <bxbase/diagnostics/bxconditionhandler.h>
 #include <bxbase/diagnostics/bxtracebuffer.h>
+#include <bxbase/diagnostics/bxtracehooks.h>
 #include <bxbase/diagnostics/bxtracerecorder.h>
 #include <bxbase/diagnostics/bxtracescope.h>
 #include <bxbase/iexception.h>
@@ -69,6 +70,7 @@
 #include <bxbase/threading/bxsignalt.h>
 #include <bxbase/threading/bxsingleton.h>
 #include <bxbase/threading/bxtask.h>
+#include <bxbase/threading/bxtasktrace.h>
 #include <bxbase/threading/bxthread.h>
 #include <bxbase/threading/bxthreadapi.h>
 #include <bxbase/threading/bxthreadcore.h>

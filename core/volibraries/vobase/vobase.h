@@ -14,6 +14,7 @@
 #include <vobase/data/vodatahandlelockonly.h>
 #include <vobase/data/vodatamanager.h>
 #include <vobase/data/vodatamanagerlist.h>
+#include <vobase/data/vodatatrace.h>
 #include <vobase/graphs/voattributecontainer.h>
 #include <vobase/graphs/voattributedefinition.h>
 #include <vobase/graphs/voconstructor.h>
@@ -51,6 +52,7 @@
 #include <vobase/messaging/vomessageshutdown.h>
 #include <vobase/messaging/vomessagestring.h>
 #include <vobase/messaging/vomessagesubscription.h>
+#include <vobase/messaging/vomessagetrace.h>
 #include <vobase/messaging/vomessagewindows.h>
 #include <vobase/messaging/vomessageworkflowaction.h>
 #include <vobase/messaging/voobservable.h>
@@ -134,6 +136,7 @@
 #include <vobase/tasks/votaskmanagersequential.h>
 #include <vobase/tasks/votaskwaitwatch.h>
 #include <vobase/tasks/votasksimplet.h>
+#include <vobase/tasks/votasktrace.h>
 #include <vobase/tasks/vothreadpoolingworker.h>
 #include <vobase/tasks/vothreadsequentialworker.h>
 #include <vobase/tasks/voworkitemt.h>

@@ -14,8 +14,14 @@ void BxTraceEvent::SetName(std::string_view text) noexcept
     name[size] = '\0';
 }
 
+// The ring's storage is allocated, not constructed: an event is written before
+// it is read, and the pages are touched as the ring fills. Constructing all of
+// them at once would fault in several megabytes inside the first span the
+// thread records, and that span would show the cost.
 BxTraceBuffer::BxTraceBuffer(std::size_t capacity, std::uint32_t threadId, std::string threadName)
-    : m_events(std::max<std::size_t>(capacity, 1)), m_threadId(threadId), m_threadName(std::move(threadName))
+    : m_capacity(std::max<std::size_t>(capacity, 1)),
+      m_events(static_cast<BxTraceEvent*>(::operator new(m_capacity * sizeof(BxTraceEvent)))),
+      m_threadId(threadId), m_threadName(std::move(threadName))
 {
 }
 
@@ -28,7 +34,7 @@ void BxTraceBuffer::WaitUntilQuiet() const noexcept
 void BxTraceBuffer::CopyTo(std::vector<BxTraceEvent>& out) const
 {
     const std::uint64_t head = m_head.load(std::memory_order_relaxed);
-    const std::uint64_t size = m_events.size();
+    const std::uint64_t size = m_capacity;
     const std::uint64_t first = head > size ? head - size : 0;
     out.reserve(out.size() + static_cast<std::size_t>(head - first));
     for (std::uint64_t i = first; i < head; ++i)
@@ -38,7 +44,7 @@ void BxTraceBuffer::CopyTo(std::vector<BxTraceEvent>& out) const
 std::uint64_t BxTraceBuffer::GetDropped() const noexcept
 {
     const std::uint64_t head = m_head.load(std::memory_order_relaxed);
-    return head > m_events.size() ? head - m_events.size() : 0;
+    return head > m_capacity ? head - m_capacity : 0;
 }
 
 void BxTraceBuffer::Clear() noexcept

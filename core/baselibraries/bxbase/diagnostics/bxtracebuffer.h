@@ -21,6 +21,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -67,7 +68,7 @@ public:
     void Append(const BxTraceEvent& event) noexcept
     {
         const std::uint64_t head = m_head.load(std::memory_order_relaxed);
-        m_events[head % m_events.size()] = event;
+        m_events[head % m_capacity] = event;
         m_head.store(head + 1, std::memory_order_relaxed);
     }
 
@@ -87,7 +88,14 @@ public:
     const std::string& GetThreadName() const noexcept { return m_threadName; }
 
 private:
-    std::vector<BxTraceEvent> m_events;      ///< the ring; written by the owner only
+    /// Frees the ring's storage (its events need no destruction).
+    struct SFree
+    {
+        void operator()(BxTraceEvent* events) const noexcept { ::operator delete(events); }
+    };
+
+    const std::size_t m_capacity;                      ///< events the ring holds
+    std::unique_ptr<BxTraceEvent[], SFree> m_events;   ///< the ring; written by the owner only
     std::atomic<std::uint64_t> m_head{0};    ///< events appended since the last Clear
     std::atomic<bool> m_inside{false};       ///< the owner is between Enter and Leave
     const std::uint32_t m_threadId;

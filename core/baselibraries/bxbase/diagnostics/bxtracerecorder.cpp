@@ -277,7 +277,7 @@ void BxTraceRecorder::record(char phase, const char* category, std::string_view 
     event.category = category;
     event.id = id;
     const std::uint64_t now = Now();
-    event.time = phase == 'X' ? start : now;
+    event.time = start != 0 ? start : now; // spans, and arrows bound to a span's start
     event.duration = phase == 'X' && now > start ? now - start : 0;
     event.SetName(name);
     buffer->Append(event);
@@ -371,6 +371,20 @@ void BxTraceRecorder::FlowEnd(const char* category, std::wstring_view name, std:
 {
     if (IsOn())
         record('f', category, name, id, 0);
+}
+
+void BxTraceRecorder::FlowStart(const char* category, std::wstring_view name, std::uint64_t id,
+                                std::uint64_t time) noexcept
+{
+    if (IsOn())
+        record('s', category, name, id, time);
+}
+
+void BxTraceRecorder::FlowEnd(const char* category, std::wstring_view name, std::uint64_t id,
+                              std::uint64_t time) noexcept
+{
+    if (IsOn())
+        record('f', category, name, id, time);
 }
 
 void BxTraceRecorder::StartFromEnvironment()

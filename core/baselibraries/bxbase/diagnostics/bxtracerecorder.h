@@ -90,6 +90,14 @@ public:
     /// FlowEnd() with a wide-text name, kept as UTF-8.
     static void FlowEnd(const char* category, std::wstring_view name, std::uint64_t id) noexcept;
 
+    /// FlowStart() at `time` (from Now()): the start of the span the arrow
+    /// leaves, given with that span's category, binds the arrow to the span
+    /// for viewers that match a flow event to a span by time (Chrome DevTools).
+    static void FlowStart(const char* category, std::wstring_view name, std::uint64_t id,
+                          std::uint64_t time) noexcept;
+    /// FlowEnd() at `time`: the start of the span the arrow reaches (see FlowStart).
+    static void FlowEnd(const char* category, std::wstring_view name, std::uint64_t id, std::uint64_t time) noexcept;
+
     /// Starts recording when VOBASE_TRACE names a file, and writes it at exit.
     /// The library calls it once when it is loaded; later calls do nothing.
     static void StartFromEnvironment();

@@ -1,6 +1,7 @@
 #include <bxbase/threading/bxtask.h>
 
 #include <bxbase/bxexception.h>
+#include <bxbase/threading/bxtasktrace.h>
 #include <bxbase/threading/bxthreadpool.h>
 
 #include <thread>
@@ -91,6 +92,7 @@ void BxTask::runClaimed()
             task.m_state.store(eIdle, std::memory_order_release);
         }
     } finish{*this};
+    const BxTaskTrace::CScope span(*this); // ends before finish: recorded before a waiter wakes
 
     m_result.store(false, std::memory_order_release);
     try

@@ -65,6 +65,7 @@ public:
 
 protected:
     friend class VoDataManager;
+    friend class VoDataTrace;
 
     /// Read or write, as the concrete handle asks for; the manager reads it
     /// when it decides on the request.
@@ -91,4 +92,5 @@ private:
     bool m_accessGranted = false;
     std::uint32_t m_threadId;
     bool m_used = false;
+    std::uint8_t m_traceState = 0; ///< the trace's open span of this handle (VoDataTrace)
 };

@@ -2,9 +2,11 @@
 
 #include <vobase/data/vodatahandlelockonly.h>
 #include <vobase/data/vodatamanagerlist.h>
+#include <vobase/data/vodatatrace.h>
 #include <vobase/objects/vonode.h>
 
 #include <bxbase/bxstreamwriteasciistringt.h>
+#include <bxbase/diagnostics/bxtracehooks.h>
 #include <bxbase/logging/clogger.h>
 #include <bxbase/threading/bxevent.h>
 #include <bxbase/threading/bxnohelpscope.h>
@@ -108,6 +110,8 @@ void VoDataManager::requestLock(VoDataHandleBase& handle)
         // Only this thread's bookkeeping changes, so it need not be under the node lock.
         handle.setAccessStatus(true);
         countGrant(threadId, handle);
+        if (BxTraceHooks::IsOn())
+            VoDataTrace::RecordRequest(handle);
         return;
     }
     BxCriticalSectionLocker locker(m_requestsLock);
@@ -115,6 +119,8 @@ void VoDataManager::requestLock(VoDataHandleBase& handle)
     if (requests.empty())
         BxNoHelpScope::Raise(threadId);  // a thread with locks or requests never runs others' tasks in a wait
     requests.insert(&handle);
+    if (BxTraceHooks::IsOn())
+        VoDataTrace::RecordRequest(handle);
 }
 
 void VoDataManager::unrequestLock(VoDataHandleBase& handle)
@@ -123,6 +129,8 @@ void VoDataManager::unrequestLock(VoDataHandleBase& handle)
     const auto entry = m_requests.find(handle.getThreadID());
     if (entry == m_requests.end())
         return;
+    if (BxTraceHooks::IsOn())
+        VoDataTrace::RecordWithdraw(handle);
     entry->second.erase(&handle);
     if (entry->second.empty()) {
         m_requests.erase(entry);
@@ -133,6 +141,8 @@ void VoDataManager::unrequestLock(VoDataHandleBase& handle)
 void VoDataManager::dropRequests(std::uint32_t threadId)
 {
     BxCriticalSectionLocker locker(m_requestsLock);
+    if (BxTraceHooks::IsOn())
+        VoDataTrace::RecordWithdraw(m_requests, threadId);
     if (m_requests.erase(threadId) != 0)
         BxNoHelpScope::Lower(threadId);
 }
@@ -355,6 +365,8 @@ void VoDataManager::moveRequestsToGrants(std::uint32_t threadId)
     }
     if (requests.empty())
         return;
+    if (BxTraceHooks::IsOn())
+        VoDataTrace::RecordGrant(requests.mapped());
     BxNoHelpScope::Lower(threadId);
     BxCriticalSectionLocker locker(m_grantsLock);
     const auto grants = m_grants.find(threadId);
@@ -375,6 +387,8 @@ void VoDataManager::unlock(VoDataHandleBase& handle)
     else
         bookkeeping(node)->decrementReadCounter(threadId);
     handle.setAccessStatus(false);
+    if (BxTraceHooks::IsOn())
+        VoDataTrace::RecordRelease(handle);
     uncountGrant(threadId, handle);
 }
 

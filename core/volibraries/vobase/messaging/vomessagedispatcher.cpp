@@ -5,7 +5,9 @@
 #include <vobase/messaging/vomessageshutdown.h>
 #include <vobase/messaging/vomessagestring.h>
 #include <vobase/messaging/vomessagesubscription.h>
+#include <vobase/messaging/vomessagetrace.h>
 
+#include <bxbase/diagnostics/bxtracehooks.h>
 #include <bxbase/threading/bxthreadapi.h>
 #include <bxbase/windows/bxwindowsapi.h>
 
@@ -121,6 +123,7 @@ LRESULT VoMessageDispatcher::sendMessage(const VoMessage& message, const VoMessa
     BxSmartPointer<VoThreadSendStatus> status = takeStatus();
     status->SetSenderThreadID(GetCurrentThreadId());
     VoSendNotification notification{const_cast<VoMessageHandlerBase*>(target), &message, status.get()};
+    const std::uint64_t traceStart = BxTraceHooks::IsOn() ? VoMessageTrace::BeginSend(notification) : 0;
     queueSendNotification(notification);
 
     // The dispatcher sets the dispatched event only when subscribers live on
@@ -133,6 +136,8 @@ LRESULT VoMessageDispatcher::sendMessage(const VoMessage& message, const VoMessa
         for (VoMessageHandlerBase* local : status->GetLocalHandlers())
         {
             local->flushPostNotifications();
+            if (BxTraceHooks::IsOn())
+                VoMessageTrace::Hop(notification, traceStart);
             local->processSendNotification(notification);
         }
     }
@@ -144,12 +149,15 @@ LRESULT VoMessageDispatcher::sendMessage(const VoMessage& message, const VoMessa
     if (results != nullptr)
         results->insert(results->end(), answers.begin(), answers.end());
     returnStatus(std::move(status));
+    if (traceStart != 0)
+        VoMessageTrace::EndSend(message, traceStart);
     return result;
 }
 
 void VoMessageDispatcher::postMessage(BxSmartPointer<const VoMessage> message, const VoMessageHandlerBase* target)
 {
-    queuePostNotification(VoPostNotification{const_cast<VoMessageHandlerBase*>(target), std::move(message)});
+    const std::uint64_t flowId = BxTraceHooks::IsOn() ? VoMessageTrace::Post(*message) : 0;
+    queuePostNotification(VoPostNotification{const_cast<VoMessageHandlerBase*>(target), std::move(message), flowId});
 }
 
 void VoMessageDispatcher::callSendMonitors(const VoMessage& message)
@@ -223,6 +231,8 @@ void VoMessageDispatcher::processSendNotification(VoSendNotification& notificati
     // the status: so the sender, woken by the last count, never meets a
     // status the dispatcher still uses.
     VoThreadSendStatus& status = *notification.status;
+    const std::uint64_t traceStart =
+        BxTraceHooks::IsOn() ? VoMessageTrace::BeginHandling(*notification.message, notification.flowId) : 0;
     if (notification.target != this)
     {
         const auto& subscribers = getSubscribers(notification.target, *notification.message);
@@ -232,7 +242,11 @@ void VoMessageDispatcher::processSendNotification(VoSendNotification& notificati
             if (subscriber->GetThreadID() == status.GetSenderThreadID())
                 status.AddLocalHandler(subscriber);
             else
+            {
+                if (BxTraceHooks::IsOn())
+                    VoMessageTrace::Hop(notification, traceStart);
                 subscriber->queueSendNotification(notification);
+            }
         }
         if (!status.GetLocalHandlers().empty())
             status.MarkDispatched();  // the sender answers for these
@@ -250,11 +264,14 @@ void VoMessageDispatcher::processSendNotification(VoSendNotification& notificati
         }
         status.CountDown();
     }
+    if (traceStart != 0)
+        VoMessageTrace::EndHandling(*notification.message, traceStart);  // while the sender still waits
     status.CountDown();  // the routing's own count
 }
 
 void VoMessageDispatcher::processPostNotification(VoPostNotification& notification)
 {
+    const VoMessageTrace::CHandlingScope traceSpan(*notification.message, notification.flowId);
     if (notification.target == this)
     {
         try
@@ -281,7 +298,11 @@ void VoMessageDispatcher::processPostNotification(VoPostNotification& notificati
         return;
     }
     for (VoMessageHandlerBase* subscriber : getSubscribers(notification.target, *notification.message))
+    {
+        if (BxTraceHooks::IsOn())
+            VoMessageTrace::Hop(notification, traceSpan.GetStart());
         subscriber->queuePostNotification(notification);
+    }
 }
 
 const BxListEx<VoMessageHandlerBase*>& VoMessageDispatcher::getSubscribers(const VoMessageHandlerBase* target,

@@ -6,14 +6,17 @@
 #include <vobase/messaging/vohangdetector.h>
 #include <vobase/messaging/vomessagestring.h>
 #include <vobase/messaging/vomessagesubscription.h>
+#include <vobase/messaging/vomessagetrace.h>
 #include <vobase/messaging/vothreadsendstatus.h>
 
 #include <bxbase/bxstreamwriteasciitrace.h>
 #include <bxbase/bxstringconvert.h>
+#include <bxbase/diagnostics/bxtracehooks.h>
 #include <bxbase/logging/clogger.h>
 #include <bxbase/threading/bxthreadapi.h>
 #include <bxbase/windows/bxwindowsapi.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cxxabi.h>
@@ -50,9 +53,13 @@ VoMessageHandlerBase::~VoMessageHandlerBase()
     // Senders still waiting for this handler are released without its answer.
     for (const VoSendNotification& entry : m_sendQueue)
     {
+        if (BxTraceHooks::IsOn())
+            VoMessageTrace::Drop(entry);
         if (entry.message != nullptr)
             entry.status->CountDown();
     }
+    if (BxTraceHooks::IsOn())
+        std::for_each(m_postQueue.begin(), m_postQueue.end(), [](const auto& entry) { VoMessageTrace::Drop(entry); });
     if (getDispatcher() == nullptr)
         return;
 #ifndef NDEBUG
@@ -195,6 +202,8 @@ void VoMessageHandlerBase::onSendNotification()
 void VoMessageHandlerBase::processSendNotification(VoSendNotification& notification)
 {
     // A handler that throws still counts down, so that the sender is not left waiting.
+    const std::uint64_t traceStart =
+        BxTraceHooks::IsOn() ? VoMessageTrace::BeginHandling(*notification.message, notification.flowId) : 0;
     try
     {
         notification.status->AddResult(handleMessage(*notification.message));
@@ -202,6 +211,8 @@ void VoMessageHandlerBase::processSendNotification(VoSendNotification& notificat
     catch (...)
     {
     }
+    if (traceStart != 0)
+        VoMessageTrace::EndHandling(*notification.message, traceStart);  // the sender may go once counted down
     notification.status->CountDown();
 }
 
@@ -226,6 +237,7 @@ void VoMessageHandlerBase::onPostNotification()
 
 void VoMessageHandlerBase::processPostNotification(VoPostNotification& notification)
 {
+    const VoMessageTrace::CHandlingScope traceSpan(*notification.message, notification.flowId);
     try
     {
         (void)handleMessage(*notification.message);
@@ -298,6 +310,8 @@ void VoMessageHandlerBase::invalidateUnsubscribedMessages(const VoMessageSubscri
         {
             if (entry.message != nullptr && subscription.IsInvalidating(*entry.message))
             {
+                if (BxTraceHooks::IsOn())
+                    VoMessageTrace::Drop(entry);
                 entry.message = nullptr;
                 entry.status->CountDown();  // the sender stops waiting for this handler
             }
@@ -307,7 +321,11 @@ void VoMessageHandlerBase::invalidateUnsubscribedMessages(const VoMessageSubscri
     for (auto& entry : m_postQueue)
     {
         if (entry.message && subscription.IsInvalidating(*entry.message))
+        {
+            if (BxTraceHooks::IsOn())
+                VoMessageTrace::Drop(entry);
             entry.message.reset();
+        }
     }
 }
 

@@ -11,6 +11,8 @@
 
 #include <bxbase/bxsmartpointer.h>
 
+#include <cstdint>
+
 class VoMessageHandlerBase;
 
 /// An entry of a post queue: the message of an asynchronous post and the handler it is addressed to (null: every
@@ -19,4 +21,5 @@ struct VoPostNotification
 {
     VoMessageHandlerBase* target = nullptr;     ///< null: all subscribers
     BxSmartPointer<const VoMessage> message;    ///< null once invalidated
+    std::uint64_t flowId = 0;                   ///< the trace's arrow to this entry's handling (0: not traced)
 };

@@ -6,6 +6,8 @@
 //   handler.queueSendNotification(VoSendNotification{nullptr, &message, status});
 #pragma once
 
+#include <cstdint>
+
 class VoMessage;
 class VoMessageHandlerBase;
 class VoThreadSendStatus;
@@ -18,4 +20,5 @@ struct VoSendNotification
     VoMessageHandlerBase* target = nullptr;  ///< null: all subscribers
     const VoMessage* message = nullptr;      ///< borrowed; null once invalidated
     VoThreadSendStatus* status = nullptr;    ///< answers and wake-up of the waiting sender
+    std::uint64_t flowId = 0;                ///< the trace's arrow to this entry's handling (0: not traced)
 };

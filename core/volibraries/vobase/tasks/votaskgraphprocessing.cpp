@@ -3,6 +3,7 @@
 #include <vobase/graphs/vographnode.h>
 #include <vobase/tasks/votaskgraphshape.h>
 #include <vobase/tasks/votaskmanager.h>
+#include <vobase/tasks/votasktrace.h>
 #include <vobase/tasks/votaskwaitwatch.h>
 
 #include <bxbase/bxexception.h>
@@ -154,6 +155,7 @@ bool VoTaskGraphProcessing::process(std::uint32_t index)
                 entry.node->GetName().c_str());
     {
         const VoTaskWaitWatch::CRunning running(m_manager, m_taskID, entry.node->GetName());
+        const VoTaskTrace::CWorkItemScope traceSpan(*entry.node);
         item.Run(status);
     }
     status.running.store(0, std::memory_order_release);

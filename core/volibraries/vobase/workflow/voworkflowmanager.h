@@ -93,7 +93,7 @@
 
 #include <bxbase/bxcheckreturn.h>
 #include <bxbase/bxidumpable.h>
-#include <bxbase/diagnostics/bxtracerecorder.h>
+#include <bxbase/diagnostics/bxtracehooks.h>
 #include <bxbase/inoncopyable.h>
 #include <bxbase/interceptor/cframework.h>
 #include <bxbase/logging/ilogger.h>
@@ -356,7 +356,7 @@ private:
     template <class Context>
     void dispatch(void (Workflow::IInterceptorWorkflowManager::*hook)(const Context&), const Context& context) const
     {
-        if (BxTraceRecorder::IsOn())
+        if (BxTraceHooks::IsOn())
             VoWorkflowTrace::Record(hook, context);
         Interceptor::CFramework<Workflow::IInterceptorWorkflowManager>::dispatch(hook, context);
     }
