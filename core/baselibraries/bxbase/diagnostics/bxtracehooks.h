@@ -14,6 +14,8 @@
 
 #include <bxbase/diagnostics/bxtracerecorder.h>
 
+#include <cstdint>
+
 #ifndef VOBASE_TRACE_HOOKS
 #define VOBASE_TRACE_HOOKS 1
 #endif
@@ -33,4 +35,32 @@ public:
         else
             return false;
     }
+};
+
+/// The span of a hook point: it begins when made, while hook points record,
+/// and hands its start to `Record` when destroyed. The subject must outlive it.
+///
+///   static void Record(const BxTask& task, std::uint64_t start) noexcept;   // out of line
+///   using CScope = BxTraceHookScope<BxTask, &Record>;
+///   const CScope span(task);
+template <typename Subject, void (*Record)(const Subject&, std::uint64_t) noexcept>
+class BxTraceHookScope
+{
+public:
+    /// Begins the span of `subject` while hook points record.
+    explicit BxTraceHookScope(const Subject& subject) noexcept
+        : m_subject(subject), m_start(BxTraceHooks::IsOn() ? BxTraceRecorder::Now() : 0)
+    {
+    }
+    ~BxTraceHookScope()
+    {
+        if (m_start != 0)
+            Record(m_subject, m_start);
+    }
+    BxTraceHookScope(const BxTraceHookScope&) = delete;
+    BxTraceHookScope& operator=(const BxTraceHookScope&) = delete;
+
+private:
+    const Subject& m_subject;
+    std::uint64_t m_start; ///< 0: not recording
 };

@@ -28,28 +28,9 @@ public:
     /// The category of the task spans.
     static constexpr const char* kCategory = "tasks";
 
-    /// The span of one run: begins when made, is recorded when destroyed.
-    class CScope
-    {
-    public:
-        /// Begins the span of a run of `task` while hook points record.
-        explicit CScope(const BxTask& task) noexcept
-            : m_task(task), m_start(BxTraceHooks::IsOn() ? BxTraceRecorder::Now() : 0)
-        {
-        }
-        ~CScope()
-        {
-            if (m_start != 0)
-                BxTaskTrace::Record(m_task, m_start);
-        }
-        CScope(const CScope&) = delete;
-        CScope& operator=(const CScope&) = delete;
-
-    private:
-        const BxTask& m_task;
-        std::uint64_t m_start; ///< 0: not recording
-    };
-
     /// Records the span of a run of `task` that began at `start` (BxTraceRecorder::Now()) and ends now.
     static void Record(const BxTask& task, std::uint64_t start) noexcept;
+
+    /// The span of one run: begins when made (while hook points record), is recorded when destroyed.
+    using CScope = BxTraceHookScope<BxTask, &BxTaskTrace::Record>;
 };

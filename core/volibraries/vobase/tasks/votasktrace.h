@@ -28,28 +28,9 @@ public:
     /// The category of the work item spans (the pool's task spans share it).
     static constexpr const char* kCategory = "tasks";
 
-    /// The span of one work item run: begins when made, is recorded when destroyed.
-    class CWorkItemScope
-    {
-    public:
-        /// Begins the span of the item on `node` while hook points record.
-        explicit CWorkItemScope(const VoGraphNode& node) noexcept
-            : m_node(node), m_start(BxTraceHooks::IsOn() ? BxTraceRecorder::Now() : 0)
-        {
-        }
-        ~CWorkItemScope()
-        {
-            if (m_start != 0)
-                VoTaskTrace::RecordWorkItem(m_node, m_start);
-        }
-        CWorkItemScope(const CWorkItemScope&) = delete;
-        CWorkItemScope& operator=(const CWorkItemScope&) = delete;
-
-    private:
-        const VoGraphNode& m_node;
-        std::uint64_t m_start; ///< 0: not recording
-    };
-
-    /// Records the span of the item on `node` that began at `start` (BxTraceRecorder::Now()) and ends now.
+    /// Records the span of the work item on `node` that began at `start` (BxTraceRecorder::Now()) and ends now.
     static void RecordWorkItem(const VoGraphNode& node, std::uint64_t start) noexcept;
+
+    /// The span of one run: begins when made (while hook points record), is recorded when destroyed.
+    using CWorkItemScope = BxTraceHookScope<VoGraphNode, &VoTaskTrace::RecordWorkItem>;
 };
